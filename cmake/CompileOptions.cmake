@@ -1,0 +1,36 @@
+# What every target of the project is compiled with.
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+    set(CMAKE_BUILD_TYPE Release CACHE STRING "" FORCE)
+endif()
+# Each board's flags are its integrator's; -O2 reads better in a debugger than CMake's -O3 and is as
+# fast here.
+set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
+
+if(NOT CMAKE_RUNTIME_OUTPUT_DIRECTORY)
+    set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+endif()
+if(NOT CMAKE_LIBRARY_OUTPUT_DIRECTORY)
+    set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+endif()
+if(NOT CMAKE_ARCHIVE_OUTPUT_DIRECTORY)
+    set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+endif()
+
+# Diagnostics name source files relative to the repository.
+add_compile_options(-Wall -Wextra -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+if(APP_GUI_WERROR)
+    add_compile_options(-Werror)
+endif()
+if(APP_GUI_SANITIZE)
+    add_compile_options(-fsanitize=${APP_GUI_SANITIZE} -fno-omit-frame-pointer -g)
+    add_link_options(-fsanitize=${APP_GUI_SANITIZE})
+endif()
