@@ -1,0 +1,43 @@
+#include "fb_window.h"
+
+#include <QtFbSupport/private/qfbscreen_p.h>
+
+#include <cstring>
+
+#include "server_state.h"
+
+namespace qws {
+
+void FbWindow::repaint(const QRegion &dirty) {
+    const QRect place = geometry();
+    if (mOldGeometry != place) platformScreen()->setDirty(mOldGeometry);
+    mOldGeometry = place;
+    for (const QRect &rect : dirty)
+        platformScreen()->setDirty(rect.translated(place.topLeft()));
+}
+
+void FbBackingStore::resize(const QSize &size, const QRegion &staticContents) {
+    const QSize before = mImage.size();
+    QFbBackingStore::resize(size, staticContents);
+    if (mImage.size() != before) mImage.fill(Qt::transparent);
+}
+
+void FbBackingStore::beginPaint(const QRegion &region) {
+    m_painting.start();
+    lock();
+    uchar *pixels = mImage.bits();
+    for (const QRect &rect : region.intersected(mImage.rect())) {
+        const size_t left = static_cast<size_t>(rect.left()) * sizeof(QRgb);
+        const size_t bytes = static_cast<size_t>(rect.width()) * sizeof(QRgb);
+        for (int y = rect.top(); y <= rect.bottom(); ++y) {
+            std::memset(pixels + y * mImage.bytesPerLine() + left, 0, bytes);
+        }
+    }
+}
+
+void FbBackingStore::endPaint() {
+    unlock();
+    serverState().counters.paintNanoseconds += static_cast<uint64_t>(m_painting.nsecsElapsed());
+}
+
+}  // namespace qws
