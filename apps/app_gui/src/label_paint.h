@@ -1,0 +1,45 @@
+/**
+ * @file label_paint.h
+ * How overlay texts are coloured and drawn.
+ *
+ * Thread: display.
+ */
+#ifndef APP_GUI_LABEL_PAINT_H
+#define APP_GUI_LABEL_PAINT_H
+
+#include <QByteArray>
+#include <QColor>
+#include <QRect>
+#include <QString>
+
+#include "record_text.h"
+
+class QPainter;
+
+/** Colour of a name such as "#RRGGBB" (Latin-1) with an alpha, cut to 0 to 255; black for no
+ * colour. */
+QColor record_color(const QByteArray &name, int alpha);
+
+/** The colours of a text. */
+struct TextColors {
+    QColor fore;
+    QColor back;
+    bool outlined;  ///< the back colour is drawn around the characters, not as a box below them
+};
+
+/** The colours of a record of texts. */
+template <typename Record>
+TextColors record_colors(const Record &record) {
+    return {record_color(record_bytes(record.forecolor), record.forealpha),
+            record_color(record_bytes(record.backcolor), record.backalpha), record.stroke != 0};
+}
+
+/**
+ * Draws the text, first four times in the back colour, a pixel off in each diagonal direction,
+ * where it is outlined. The box of other texts is the caller's.
+ * @param alignment  Qt::Alignment of the lines in `rect`.
+ */
+void draw_text(QPainter &painter, const QRect &rect, int alignment, const QString &text,
+               const TextColors &colors);
+
+#endif

@@ -1,0 +1,5 @@
+#include "app_gui.h"
+
+int main(int argc, char **argv) {
+    return run_app_gui(argc, argv);
+}

@@ -1,0 +1,3 @@
+#include "mainwindow_debug.h"
+
+int debug_mainwindow = 0;

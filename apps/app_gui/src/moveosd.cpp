@@ -1,0 +1,121 @@
+#include "moveosd.h"
+
+#include <QDateTime>
+#include <QPainter>
+#include <algorithm>
+#include <cstring>
+
+#include "label_geometry.h"
+#include "label_paint.h"
+#include "record_text.h"
+
+namespace {
+
+enum ContentType { kDateTime = 0, kText = 1, kOtherText = 2, kSource = 3 };
+
+void appendLine(QString &text, const QString &line) {
+    if (line.isEmpty()) return;
+    if (!text.isEmpty()) text += QLatin1Char('\n');
+    text += line;
+}
+
+QString composed(const VideoOutputOSDParameter &record, const QString &content) {
+    QString text = record_text(record.head);
+    appendLine(text, content);
+    appendLine(text, record_text(record.tail));
+    return text;
+}
+
+QString contentOf(const VideoOutputOSDParameter &record, const QString &url) {
+    switch (record.type) {
+        case kDateTime:
+            return QDateTime::currentDateTime().toString(record_text(record.content));
+        case kText:
+        case kOtherText:
+            return record_text(record.content);
+        case kSource:
+            return url;
+        default:
+            return {};
+    }
+}
+
+bool isAnchoredRight(const VideoOutputOSDParameter &record) {
+    return record.corner == 1 || record.corner == 3;
+}
+
+}  // namespace
+
+MoveOSDLabel::MoveOSDLabel(QWidget *parent, bool movable, bool second)
+    : MoveLabel(parent, movable, kOsdKind), mSecond(second) {}
+
+bool MoveOSDLabel::setOSD(const VideoOutputOSDParameter *param, const QString &url) {
+    if (param == nullptr || std::memcmp(param, &mRecord, sizeof mRecord) == 0) return false;
+    mRecord = *param;
+    setMaximumSize(widget_size(actualScreen()));
+    applyFontStyle();
+    setText(composed(mRecord, contentOf(mRecord, url)));
+    adjustSize();
+    update();
+    return true;
+}
+
+void MoveOSDLabel::updateDateTime(const QDateTime &now) {
+    if (mRecord.type != kDateTime) return;
+    updateText(composed(mRecord, now.toString(record_text(mRecord.content))));
+}
+
+void MoveOSDLabel::updateURLInfo(const QString &url) {
+    if (mRecord.type == kSource) updateText(composed(mRecord, url));
+}
+
+void MoveOSDLabel::updateText(const QString &text) {
+    const int previousWidth = width();
+    setText(text);
+    adjustSize();
+    if (width() == previousWidth || !isAnchoredRight(mRecord)) return;
+    const int64_t rightEdge = room_after(mRecord.x, screen_width(actualScreen()));
+    move(corner_at(rightEdge - width() + actualScreen().left(), y()));
+}
+
+int MoveOSDLabel::getActualFontSize(int font, int size) const {
+    return point_size(font, size, screen_height(actualScreen()));
+}
+
+bool MoveOSDLabel::checkIsVisible(bool) {
+    const bool textComesLater = mRecord.type == kDateTime || mRecord.type == kSource;
+    return setShown(mRecord.visible != 0 && (textComesLater || !text().isEmpty()));
+}
+
+void MoveOSDLabel::actualScreenChanged(const QRect &previous) {
+    const int before = point_size(mRecord.font, mRecord.size, screen_height(previous));
+    if (before == pointSize()) return;
+    applyFontStyle();
+    adjustSize();
+    update();
+}
+
+void MoveOSDLabel::applyFontStyle() {
+    setFontStyle(mRecord.bold != 0, pointSize());
+}
+
+void MoveOSDLabel::paintEvent(QPaintEvent *) {
+    {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::TextAntialiasing);
+        painter.setFont(paintFont(mRecord.bold != 0, pointSize()));
+        const TextColors colors = record_colors(mRecord);
+        if (!colors.outlined) painter.fillRect(rect(), colors.back);
+        draw_text(painter, rect(), Qt::AlignLeft | Qt::AlignTop, text(), colors);
+    }
+    limitToRoom();
+}
+
+void MoveOSDLabel::limitToRoom() {
+    const auto limit = [](uint32_t position, int64_t extent) {
+        return static_cast<int>(
+            std::clamp<uint32_t>(room_after(position, extent), 1, QWIDGETSIZE_MAX));
+    };
+    setMaximumSize(limit(mRecord.x, screen_width(actualScreen())),
+                   limit(mRecord.y, screen_height(actualScreen())));
+}

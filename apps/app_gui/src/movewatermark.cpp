@@ -1,0 +1,197 @@
+#include "movewatermark.h"
+
+#include <QDateTime>
+#include <QPainter>
+#include <cstring>
+
+#include "label_geometry.h"
+#include "label_paint.h"
+#include "network_comm.h"
+#include "record_text.h"
+
+namespace {
+
+constexpr QChar kIdeograph(0x9B51);
+constexpr char kAddressesOf[] = "eth0";
+
+bool isSame(const WatermarkOSDParameter &a, const WatermarkOSDParameter &b) {
+    return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+QString withAddresses(QString text) {
+    HostLanPara host{};
+    get_host_lan_para(kAddressesOf, &host);
+    text.replace(QLatin1String("MAC"), record_text(host.macaddr));
+    text.replace(QLatin1String("IP"), record_text(host.ipaddr));
+    return text;
+}
+
+QString slotText(int type, const QString &text) {
+    if (text.isEmpty()) return {};
+    switch (type) {
+        case kSlotText:
+            return text;
+        case kSlotDateTime:
+            return QDateTime::currentDateTime().toString(text);
+        case kSlotAddresses:
+            return withAddresses(text);
+        default:
+            return {};
+    }
+}
+
+bool showsClock(const WatermarkOSDParameter &record) {
+    return record.type1 == kSlotDateTime || record.type2 == kSlotDateTime;
+}
+
+/** The middle of a label of that size, from which a turned text is drawn. */
+QPoint centreOf(const QSize &size) {
+    return {(size.width() - 1) / 2, (size.height() - 1) / 2};
+}
+
+}  // namespace
+
+MoveWatermarkLabel::MoveWatermarkLabel(QWidget *parent, bool movable)
+    : MoveLabel(parent, movable, kWatermarkTextKind), mMetrics(font()) {}
+
+bool MoveWatermarkLabel::setOSD(const WatermarkOSDParameter *param, int) {
+    if (param == nullptr) return false;
+    mRecord = *param;
+    creatRealTxtResize();
+    scrollForward();
+    move(placed_unsigned(mRecord.x, mRecord.y, actualScreen(), virtualScreen()));
+    return true;
+}
+
+void MoveWatermarkLabel::updateDateTime(const QDateTime &now) {
+    if (mRecord.type1 == kSlotDateTime) {
+        showText(now.toString(record_text(mRecord.text1)));
+    } else if (mRecord.type2 == kSlotDateTime) {
+        showText(now.toString(record_text(mRecord.text2)));
+    }
+}
+
+void MoveWatermarkLabel::updateText(const char *text) {
+    showText(QString::fromUtf8(text));
+}
+
+void MoveWatermarkLabel::showText(const QString &text) {
+    setText(text);
+    adjustSize();
+    update();
+}
+
+int MoveWatermarkLabel::getActualFontSize(int font, int size) const {
+    return point_size(font, size, screen_height(actualScreen()) * double(mRecord.arrangement_mode));
+}
+
+void MoveWatermarkLabel::creatRealTxtResize() {
+    if (mRecord.visible == 0) return;
+    const QString first = slotText(mRecord.type1, record_text(mRecord.text1));
+    const QString second = slotText(mRecord.type2, record_text(mRecord.text2));
+    if (!isLaidOut(first, second)) layOut(first, second);
+}
+
+bool MoveWatermarkLabel::isLaidOut(const QString &first, const QString &second) const {
+    return mLayout.screen == actualScreen() && mLayout.first == first && mLayout.second == second &&
+           mLayout.text == text() && mLayout.size == size() && mLayout.font == font() &&
+           isSame(mLayout.record, mRecord);
+}
+
+void MoveWatermarkLabel::layOut(const QString &first, const QString &second) {
+    const QString contet = record_text(mRecord.contet);
+    measureIn(contet, pointSize());
+    const int limit = wrap_width(actualScreen(), mRecord.arrangement_mode);
+
+    setFontStyle(mRecord.bold != 0, pointSize());
+    setText(joined_lines(wrappedSlot(first, mRecord.type1, limit),
+                         wrappedSlot(contet, kSlotText, limit),
+                         wrappedSlot(second, mRecord.type2, limit)));
+    adjustSize();
+    if (width() > limit) wrapByMeasure(contet, limit);
+    if (mRecord.angle % 360 != 0) resize(width(), turned_height(size(), mRecord.angle));
+    update();
+    mLayout = {mRecord, actualScreen(), first, second, text(), size(), font()};
+}
+
+void MoveWatermarkLabel::measureIn(const QString &family, int points) {
+    if (mMeasuredIn.family == family && mMeasuredIn.points == points) return;
+    // Kept: the text is measured in the family that bears its name, that is in the default one.
+    const QFontMetrics metrics(QFont(family, points));
+    mMetrics = metrics;
+    mMeasure = {metrics.horizontalAdvance(QLatin1Char('A')), metrics.horizontalAdvance(kIdeograph),
+                metrics.height()};
+    mMeasuredIn = {family, points};
+}
+
+QString MoveWatermarkLabel::wrappedSlot(const QString &text, int type, int limit) const {
+    if (text.isEmpty()) return {};
+    const int width = mMetrics.horizontalAdvance(text);
+    return type == kSlotDateTime ? wrapped_at_blanks(text, width, limit, mMeasure)
+                                 : wrapped_once(text, width, limit, mMeasure);
+}
+
+void MoveWatermarkLabel::wrapByMeasure(const QString &contet, int limit) {
+    const MeasuredText wrapped = wrapped_by_measure(text(), contet, limit, mMeasure);
+    const int64_t needed = int64_t{mMeasure.lineHeight} * wrapped.lines;
+    // Kept: the height is judged by the cell's width.
+    const bool fits = needed <= screen_width(actualScreen()) - 1;
+    setText(wrapped.text);
+    resize(limit + (wrapped.wide ? mMeasure.ideograph / 2 : 0),
+           static_cast<int>(fits ? needed : screen_height(actualScreen())));
+}
+
+bool MoveWatermarkLabel::checkIsVisible(bool show) {
+    return setShown(mRecord.visible != 0 && show);
+}
+
+void MoveWatermarkLabel::checkAndMove(int tick) {
+    if (mRecord.visible != 1 || !moves_on(tick, mRecord.speed)) return;
+    if (showsClock(mRecord)) creatRealTxtResize();
+    if (mRecord.en != 0) scroll(mRecord.direction, mRecord.step);
+}
+
+void MoveWatermarkLabel::actualScreenChanged(const QRect &) {
+    creatRealTxtResize();
+}
+
+void MoveWatermarkLabel::paintEvent(QPaintEvent *) {
+    QPainter painter(this);
+    if (mRecord.angle != 0 && isOverTransparency()) {
+        renderTurned();
+        painter.drawImage(0, 0, mRendition.image);
+    } else {
+        paintText(painter);
+    }
+}
+
+bool MoveWatermarkLabel::isOverTransparency() const {
+    return window()->testAttribute(Qt::WA_TranslucentBackground);
+}
+
+void MoveWatermarkLabel::renderTurned() {
+    const QFont font = paintFont(mRecord.bold != 0, pointSize());
+    if (mRendition.text == text() && mRendition.image.size() == size() && mRendition.font == font &&
+        isSame(mRendition.record, mRecord)) {
+        return;
+    }
+    mRendition = {text(), font, mRecord, QImage(size(), QImage::Format_ARGB32_Premultiplied)};
+    mRendition.image.fill(Qt::transparent);
+    QPainter painter(&mRendition.image);
+    paintText(painter);
+}
+
+void MoveWatermarkLabel::paintText(QPainter &painter) const {
+    painter.setRenderHint(QPainter::TextAntialiasing);
+    painter.setFont(paintFont(mRecord.bold != 0, pointSize()));
+    const TextColors colors = record_colors(mRecord);
+    if (!colors.outlined) painter.fillRect(rect(), colors.back);
+    QRect textRect = rect();
+    if (mRecord.angle != 0) {
+        const QPoint centre = centreOf(size());
+        textRect.translate(-centre);
+        painter.translate(centre);
+        painter.rotate(mRecord.angle);
+    }
+    draw_text(painter, textRect, Qt::AlignCenter, text(), colors);
+}

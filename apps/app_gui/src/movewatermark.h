@@ -1,0 +1,108 @@
+/**
+ * @file movewatermark.h
+ * `MoveWatermarkLabel`: the watermark text in one cell of its arrangement.
+ *
+ * Thread: display.
+ */
+#ifndef APP_GUI_MOVEWATERMARK_H
+#define APP_GUI_MOVEWATERMARK_H
+
+#include <QFont>
+#include <QFontMetrics>
+#include <QImage>
+#include <QString>
+
+#include "movelabel.h"
+#include "record_codec/records.h"
+#include "watermark_text.h"
+
+class QDateTime;
+class QPainter;
+
+/**
+ * The fixed text between two slots that hold a text, the date and time or the host's addresses,
+ * wrapped to a part of the cell, centred in the fore colour over a box or an outline of the back
+ * colour, perhaps turned.
+ */
+class MoveWatermarkLabel : public MoveLabel {
+    Q_OBJECT
+
+public:
+    MoveWatermarkLabel(QWidget *parent, bool movable);
+
+    /**
+     * Takes a record over, builds the text and moves the label to the record's position.
+     * @param index  not used.
+     * @return true; false, with nothing done, for null.
+     */
+    bool setOSD(const WatermarkOSDParameter *param, int index);
+
+    /** Replaces the whole text by this time in the format of the first slot that is of type 1. */
+    void updateDateTime(const QDateTime &now);
+    /** Replaces the whole text (UTF-8; null counts as empty). */
+    void updateText(const char *text);
+
+    /** Points of a font class on the screen's height; `size` counts for classes of 7 and more. */
+    int getActualFontSize(int font, int size) const;
+
+    /** Builds text and size from the record, the clock and the host's addresses. */
+    void creatRealTxtResize();
+
+    /** Shows the label when its record is visible and `show` is set. */
+    bool checkIsVisible(bool show);
+
+    /** On the ticks that the record's speed chooses: shows the clock anew and moves a scrolling
+     * text. */
+    void checkAndMove(int tick);
+
+    void paintEvent(QPaintEvent *event) override;
+
+protected:
+    void actualScreenChanged(const QRect &previous) override;
+
+private:
+    /** What a layout was made from, and what it gave. */
+    struct Layout {
+        WatermarkOSDParameter record{};
+        QRect screen;
+        QString first;  ///< the slots' texts before wrapping
+        QString second;
+        QString text;
+        QSize size;
+        QFont font;
+    };
+    /** The font that texts are measured in. */
+    struct MeasuringFont {
+        QString family;
+        int points = 0;
+    };
+    /** What a turned text was painted from, and the label's pixels with it. */
+    struct Rendition {
+        QString text;
+        QFont font;
+        WatermarkOSDParameter record{};
+        QImage image;
+    };
+
+    int pointSize() const { return getActualFontSize(mRecord.font, mRecord.size); }
+    void showText(const QString &text);
+    bool isLaidOut(const QString &first, const QString &second) const;
+    void layOut(const QString &first, const QString &second);
+    void measureIn(const QString &family, int points);
+    QString wrappedSlot(const QString &text, int type, int limit) const;
+    void wrapByMeasure(const QString &contet, int limit);
+    /** Where an image of the text gives the very pixels that painting it gives. */
+    bool isOverTransparency() const;
+    /** Paints a turned text once into an image: a scroll step then only copies it. */
+    void renderTurned();
+    void paintText(QPainter &painter) const;
+
+    WatermarkOSDParameter mRecord{};
+    MeasuringFont mMeasuredIn;
+    QFontMetrics mMetrics;
+    TextMeasure mMeasure;
+    Layout mLayout;
+    Rendition mRendition;
+};
+
+#endif

@@ -1,0 +1,153 @@
+#include "picture_cache.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QBuffer>
+#include <QCoreApplication>
+#include <QFile>
+#include <QImageReader>
+#include <QPainter>
+#include <QTransform>
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+constexpr qint64 kLargestFile = 64 * 1024 * 1024;
+/** One for the record that was and one for the record that comes, while labels change over. */
+constexpr size_t kRemembered = 2;
+constexpr int kWideTile = 64;
+
+struct Remembered {
+    QByteArray bytes;
+    QByteArray suffix;
+    PictureForm form;
+    QPixmap picture;
+};
+
+/** The forms made last, the latest first. They go before the application object does. */
+std::vector<Remembered> &memory() {
+    static std::vector<Remembered> forms;
+    static const bool clearedAtEnd = [] {
+        qAddPostRoutine([] { memory().clear(); });
+        return true;
+    }();
+    Q_UNUSED(clearedAtEnd);
+    return forms;
+}
+
+bool is_regular_file(const QByteArray &path) {
+    struct stat status {};
+    return stat(path.constData(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+QByteArray suffix_of(const QByteArray &path) {
+    const int dot = static_cast<int>(path.lastIndexOf('.'));
+    return dot > path.lastIndexOf('/') ? path.mid(dot + 1).toLower() : QByteArray();
+}
+
+/** An image of premultiplied transparent pixels; null when it would have none. */
+QImage empty_image(const QSize &size) {
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    if (!image.isNull()) image.fill(Qt::transparent);
+    return image;
+}
+
+QImage filled(const QImage &tile, const QSize &size) {
+    QImage image = empty_image(size);
+    if (image.isNull()) return image;
+    QPainter painter(&image);
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    painter.fillRect(image.rect(), QBrush(tile));
+    return image;
+}
+
+QImage tiled(const QImage &tile, const QSize &cell) {
+    // Painting costs by the copy, so a narrow tile is first made a wide one.
+    const int copies = (kWideTile + tile.width() - 1) / tile.width();
+    return filled(filled(tile, {tile.width() * copies, tile.height()}), cell);
+}
+
+QImage sized(const QImage &picture, const PictureForm &form) {
+    switch (form.sizemode) {
+        case kPictureTile:
+            return tiled(picture, form.cell);
+        case kPictureStretch:
+            return picture.scaled(form.cell, Qt::IgnoreAspectRatio, Qt::FastTransformation);
+        case kPictureFit:
+            return picture.scaled(form.cell, Qt::KeepAspectRatio, Qt::FastTransformation);
+        default:
+            return picture;
+    }
+}
+
+QImage with_opacity(const QImage &picture, int opacity) {
+    QImage image = picture.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    if (image.isNull() || opacity == 255) return image;
+    QPainter painter(&image);
+    painter.setCompositionMode(QPainter::CompositionMode_DestinationIn);
+    painter.fillRect(image.rect(), QColor(0, 0, 0, opacity));
+    return image;
+}
+
+}  // namespace
+
+PictureForm picture_form(const WatermarkPictureParameter &record, const QSize &cell) {
+    return {cell, record.sizemode, record.angle % 180, std::clamp(record.alpha, 0, 255)};
+}
+
+std::optional<QByteArray> picture_bytes(const QByteArray &path) {
+    QByteArray name = path;
+    if (!is_regular_file(name)) name = QString::fromLatin1(path).toUtf8();
+    if (!is_regular_file(name)) return {};
+    const int descriptor = open(name.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (descriptor < 0) return {};
+    QFile file;
+    if (!file.open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {
+        close(descriptor);
+        return {};
+    }
+    if (file.isSequential() || file.size() > kLargestFile) return {};
+    return file.read(kLargestFile);
+}
+
+QImage decoded_picture(const QByteArray &bytes, const QByteArray &suffix) {
+    QBuffer buffer;
+    buffer.setData(bytes);
+    buffer.open(QIODevice::ReadOnly);
+    QImageReader reader(&buffer);
+    if (!reader.canRead()) reader.setFormat(suffix);
+    return reader.read();
+}
+
+QImage formed_picture(const QImage &picture, const PictureForm &form) {
+    // A picture without transparent pixels is turned as one without alpha: its edges come out so.
+    const QImage source = QPixmap::fromImage(picture).toImage();
+    const bool fillsCell = form.sizemode >= kPictureTile && form.sizemode <= kPictureFit;
+    if (fillsCell && form.cell.isEmpty()) return {};
+    const QImage turned =
+        sized(source, form).transformed(QTransform().rotate(form.angle), Qt::SmoothTransformation);
+    return with_opacity(turned, form.opacity);
+}
+
+std::optional<QPixmap> cached_picture(const QByteArray &path, const PictureForm &form) {
+    const std::optional<QByteArray> bytes = picture_bytes(path);
+    if (!bytes) return {};
+    const QByteArray suffix = suffix_of(path);
+    std::vector<Remembered> &forms = memory();
+    const auto known = std::find_if(forms.begin(), forms.end(), [&](const Remembered &entry) {
+        return entry.form == form && entry.suffix == suffix && entry.bytes == *bytes;
+    });
+    if (known != forms.end()) {
+        std::rotate(forms.begin(), known, known + 1);
+        return forms.front().picture;
+    }
+    const QImage picture = decoded_picture(*bytes, suffix);
+    if (picture.isNull()) return {};
+    if (forms.size() == kRemembered) forms.pop_back();
+    forms.insert(forms.begin(),
+                 {*bytes, suffix, form, QPixmap::fromImage(formed_picture(picture, form))});
+    return forms.front().picture;
+}
