@@ -413,6 +413,7 @@ void clear_store() {
 
 int init_parameters() {
     clear_store();
+    remove_temporary_files(user_path("").c_str());
     for (const LoadStep &step : kLoadSteps) {
         const Outcome outcome = step.run(step);
         if (outcome.ends) return outcome.result;

@@ -1,3 +1,4 @@
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -164,33 +165,68 @@ bool synchronise_folder_of(const std::string &path) {
     return ::fsync(file.get()) == 0 || errno == EINVAL;
 }
 
-/** Writes and synchronises the temporary file; null, or what failed with errno set. */
-const char *write_temporary(const char *temporary, const char *path, const std::string &text) {
-    // What a crash left under this name may be read-only, what another process put there anything.
-    ::unlink(temporary);
-    Descriptor file(::open(temporary, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644));
-    if (file.get() < 0) return "temporary file cannot be opened";
-    struct stat old {};
-    if (::stat(path, &old) == 0 && ::fchmod(file.get(), old.st_mode & 0777) != 0) {
-        return "mode cannot be kept";
+/** Endings of the temporary files: ".", six characters that make the name unique, ".tmp". */
+constexpr std::string_view kTemporaryPattern = ".XXXXXX.tmp";
+constexpr int kTemporarySuffix = 4;
+
+/** A temporary file beside a record file, which goes away unless it takes that file's place. */
+class TemporaryFile {
+public:
+    /** Two writers of one file never share a name. */
+    explicit TemporaryFile(const char *path)
+        : path_(path),
+          name_(path_ + std::string(kTemporaryPattern)),
+          file_(::mkostemps(name_.data(), kTemporarySuffix, O_CLOEXEC)),
+          exists_(file_.get() >= 0) {}
+    ~TemporaryFile() {
+        if (exists_) ::unlink(name_.c_str());
     }
-    if (!write_all(file.get(), text)) return "cannot be written";
-    if (::fsync(file.get()) != 0) return "cannot be synchronised";
-    if (!file.close()) return "cannot be closed";
-    return nullptr;
-}
+    TemporaryFile(const TemporaryFile &) = delete;
+    TemporaryFile &operator=(const TemporaryFile &) = delete;
+
+    /** Writes the text, puts it safely on disk and gives it the name; null, or what failed (errno).
+     */
+    const char *replace(const std::string &text) {
+        if (!exists_) return "temporary file cannot be opened";
+        // Where files have no mode of their own the setting is saved all the same.
+        (void)::fchmod(file_.get(), mode());
+        if (!write_all(file_.get(), text)) return "cannot be written";
+        if (::fsync(file_.get()) != 0) return "cannot be synchronised";
+        if (!file_.close()) return "cannot be closed";
+        if (::rename(name_.c_str(), path_.c_str()) != 0) return "cannot be renamed";
+        exists_ = false;
+        return nullptr;
+    }
+
+private:
+    /** The mode of the file that is replaced, or that of a new file. */
+    mode_t mode() const {
+        constexpr mode_t kNewFile = 0644;
+        struct stat old {};
+        return ::stat(path_.c_str(), &old) == 0 ? old.st_mode & 0777 : kNewFile;
+    }
+
+    std::string path_;
+    std::string name_;
+    Descriptor file_;
+    bool exists_;
+};
 
 int write_array(const Call &call, const Record &record, const void *records, unsigned count) {
     const std::string text = file_text(record, static_cast<const char *>(records), count);
-    const std::string temporary = std::string(call.path) + ".tmp";
-    const char *failed = write_temporary(temporary.c_str(), call.path, text);
-    if (!failed && ::rename(temporary.c_str(), call.path) != 0) failed = "cannot be renamed";
-    if (failed) {
-        const int result = call.fail_errno(failed);
-        ::unlink(temporary.c_str());
-        return result;
-    }
+    TemporaryFile temporary(call.path);
+    if (const char *failed = temporary.replace(text)) return call.fail_errno(failed);
     return synchronise_folder_of(call.path) ? 0 : call.fail_errno("folder cannot be synchronised");
+}
+
+/** True for the name of a temporary file, e.g. "WatermarkOSDParameters.json.x4Tq0z.tmp". */
+bool is_temporary(std::string_view name) {
+    constexpr std::string_view kRecordFile = ".json";
+    if (name.size() < kTemporaryPattern.size() + kRecordFile.size()) return false;
+    const std::string_view end = name.substr(name.size() - kTemporaryPattern.size());
+    name.remove_suffix(kTemporaryPattern.size());
+    return end.front() == '.' && end.substr(end.size() - kTemporarySuffix) == ".tmp" &&
+           name.substr(name.size() - kRecordFile.size()) == kRecordFile;
 }
 
 /** Runs the body of an exported function: no exception leaves it. */
@@ -209,6 +245,15 @@ int guarded(const Call &call, Body body) {
 }  // namespace record_codec
 
 using namespace record_codec;
+
+void remove_temporary_files(const char *folder) {
+    DIR *directory = folder ? ::opendir(folder) : nullptr;
+    if (!directory) return;
+    while (const dirent *entry = ::readdir(directory)) {
+        if (is_temporary(entry->d_name)) ::unlinkat(::dirfd(directory), entry->d_name, 0);
+    }
+    ::closedir(directory);
+}
 
 #define RECORD_CODEC_DEFINE(X, bytes)                                                            \
     int f2s_##X(const char *path, X *out) {                                                      \

@@ -53,6 +53,12 @@ extern "C" {
 RECORD_CODEC_RECORDS(RECORD_CODEC_DECLARE)
 #undef RECORD_CODEC_DECLARE
 
+/**
+ * Removes what writers that were killed have left in a folder of record files
+ * ("<file>.json.??????.tmp"). Requires: nobody writes there now. A folder that is not there is fine.
+ */
+RECORD_CODEC_API void remove_temporary_files(const char *folder);
+
 }  // extern "C"
 
 #endif
