@@ -289,6 +289,7 @@ int run_app_gui(int argc, char **argv) {
     MainWindow::instance()->showFullScreen();
     // The window is mapped and laid out before anything is posted to it.
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    prepare_start_process();
     start_message_thread();
     start_process();
     gui_refresh_screen(1);
@@ -304,8 +305,11 @@ UserEvent::~UserEvent() = default;
 
 namespace {
 
+thread_local int post_priority = Qt::NormalEventPriority;
+
 int post(UserEventType type, qint64 data, qint64 param) {
-    QCoreApplication::postEvent(MainWindow::instance(), new UserEvent(type, data, param));
+    QCoreApplication::postEvent(MainWindow::instance(), new UserEvent(type, data, param),
+                                post_priority);
     return 0;
 }
 
@@ -328,6 +332,14 @@ int post_records(const char *function, const char *record_name, UserEventType ty
 }
 
 }  // namespace
+
+FirstInQueue::FirstInQueue() {
+    post_priority = Qt::HighEventPriority;
+}
+
+FirstInQueue::~FirstInQueue() {
+    post_priority = Qt::NormalEventPriority;
+}
 
 #define POST_ONE(event, Record, record) post_records(__func__, #Record, event, record, 1, 0)
 #define POST_RUN(event, Record, records, count) \

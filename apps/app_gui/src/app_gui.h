@@ -40,6 +40,18 @@ public:
     qint64 reserved[2] = {0, 0};
 };
 
+/**
+ * While one lives, what its thread posts through the bridge is delivered before all that other
+ * threads have posted and that is not delivered yet.
+ */
+class FirstInQueue {
+public:
+    FirstInQueue();
+    ~FirstInQueue();
+    FirstInQueue(const FirstInQueue &) = delete;
+    FirstInQueue &operator=(const FirstInQueue &) = delete;
+};
+
 /** The whole process: what `main` runs. Returns the exit status. */
 int run_app_gui(int argc, char **argv);
 
@@ -48,8 +60,9 @@ extern "C" {
 /** Body of the message thread; the argument is ignored, the result null. */
 APP_GUI_API void *recv_msg_routine(void *arg);
 
-// ---- the bridge: callable from any thread, copies its argument ------------------------------------
-// Result of the functions that take records: 0; -2 for a null pointer; -6 when no memory is left.
+// ---- the bridge: callable from any thread, copies its argument
+// ------------------------------------ Result of the functions that take records: 0; -2 for a null
+// pointer; -6 when no memory is left.
 
 APP_GUI_API int gui_update_video_display(const VideoOutputDisplayParameter *record);
 APP_GUI_API int gui_update_watermark_pic(const WatermarkPictureParameter *record);
@@ -66,13 +79,14 @@ APP_GUI_API int gui_update_urlinfo(const StreamingInputStatusChange *records, in
 APP_GUI_API int gui_update_video_source(const VideoOutSourceChange *records, int count);
 
 /**
- * Kept: copies no rectangle out. Zeroes `rect` when `index` is at or past the mode's windows, leaves
- * it untouched when it is below.
+ * Kept: copies no rectangle out. Zeroes `rect` when `index` is at or past the mode's windows,
+ * leaves it untouched when it is below.
  * @return 0; -2 for an invalid mode, a null `rect` or an index outside 0 to 4.
  */
 APP_GUI_API int gui_get_split_window(int mode, int index, int rect[4]);
 
-// ---- colour texts "#RRGGBB" ------------------------------------------------------------------------
+// ---- colour texts "#RRGGBB"
+// ------------------------------------------------------------------------
 
 /** 1 when `text` is "#" and six hexadecimal digits, else 0; null gives 0. */
 APP_GUI_API int check_color_is_valid(const char *text);

@@ -2,13 +2,13 @@
  * @file gui_cfg.h
  * The parameter store: every display setting and capability figure of the device, in fixed arrays.
  *
- * Filled once at start by init_parameters() (main thread, before any other thread exists), afterwards
- * changed only by the set operations (message thread). It knows no widget: a change reaches the screen
- * through the `gui_*` functions of app_gui.h.
+ * Filled once at start by init_parameters() (main thread, before any other thread exists),
+ * afterwards changed only by the set operations (message thread). It knows no widget: a change
+ * reaches the screen through the `gui_*` functions of app_gui.h.
  *
- * Conventions of every function here: C linkage; interface names are NUL-terminated, compared over at
- * most 64 characters; records are copied whole. Results are 0 for success, -2 for a rejected request,
- * other negative values as told; `check_` functions return 1 for valid and 0 for invalid.
+ * Conventions of every function here: C linkage; interface names are NUL-terminated, compared over
+ * at most 64 characters; records are copied whole. Results are 0 for success, -2 for a rejected
+ * request, other negative values as told; `check_` functions return 1 for valid and 0 for invalid.
  */
 #ifndef APP_GUI_GUI_CFG_H
 #define APP_GUI_GUI_CFG_H
@@ -65,7 +65,8 @@ APP_GUI_API extern uint32_t num_StreamingInputStatusChange;
 /** Window whose audio is played, -1 for none. */
 APP_GUI_API extern int32_t audWndIdx;
 
-// ---- accessors: addresses of first elements, and counts ------------------------------------------
+// ---- accessors: addresses of first elements, and counts
+// ------------------------------------------
 
 APP_GUI_API VideoOutputInterface *get_ptr_VideoOutputInterface();
 APP_GUI_API AudioOutputCapabilitySet *get_ptr_AudioOutputCapabilitySet();
@@ -95,7 +96,8 @@ APP_GUI_API int get_AudioOutputParameter_chn_size();
 /** Position of the interface of that name, or -1 after the error line "if_name=%s invalid\n". */
 APP_GUI_API int get_VideoOutputInterface_intf(const char *if_name);
 
-// ---- life -----------------------------------------------------------------------------------------
+// ---- life
+// -----------------------------------------------------------------------------------------
 
 /**
  * Loads the store from the JSON files below /mnt/usr/config. Capability files must be there;
@@ -106,12 +108,16 @@ APP_GUI_API int get_VideoOutputInterface_intf(const char *if_name);
 APP_GUI_API int init_parameters();
 /** Does nothing; 0. */
 APP_GUI_API int uninit_parameters();
-/** Pushes the whole loaded state to the display; once, after the message thread was started. 0. */
+/**
+ * Pushes the whole loaded state to the display; once, after the message thread was started. 0.
+ * It is the state of the last prepare_start_process(), where there was one, else that of now.
+ */
 APP_GUI_API int start_process();
 /** Does nothing; 0. */
 APP_GUI_API int stop_process();
 
-// ---- checks and defaults ----------------------------------------------------------------------------
+// ---- checks and defaults
+// ----------------------------------------------------------------------------
 
 /** 1 when `n` is in the numeric list, e.g. 4 in "1;3-5"; a range may be written backwards. */
 APP_GUI_API int find_num(const char *list, int n);
@@ -155,7 +161,8 @@ APP_GUI_API int default_WatermarkPictureParameter(const char *if_name,
 APP_GUI_API int default_WatermarkDotmatrixParameter(const char *if_name,
                                                     WatermarkDotmatrixParameter *record);
 
-// ---- get: copy out of the store ---------------------------------------------------------------------
+// ---- get: copy out of the store
+// ---------------------------------------------------------------------
 
 APP_GUI_API int get_VideoOutputInterfaceParameter(const char *if_name,
                                                   VideoOutputInterfaceParameter *out);
@@ -170,7 +177,8 @@ APP_GUI_API int get_WatermarkPictureParameter(const char *if_name, WatermarkPict
 APP_GUI_API int get_WatermarkDotmatrixParameter(const char *if_name,
                                                 WatermarkDotmatrixParameter *out);
 
-// ---- update: store without validation or notification; OSD and watermarks also write their file -------
+// ---- update: store without validation or notification; OSD and watermarks also write their file
+// -------
 
 APP_GUI_API int update_VideoOutputInterfaceParameter(const char *if_name,
                                                      const VideoOutputInterfaceParameter *record);
@@ -185,7 +193,8 @@ APP_GUI_API int update_WatermarkPictureParameter(const char *if_name,
 APP_GUI_API int update_WatermarkDotmatrixParameter(const char *if_name,
                                                    const WatermarkDotmatrixParameter *record);
 
-// ---- set: validate, compare, notify the display, store ------------------------------------------------
+// ---- set: validate, compare, notify the display, store
+// ------------------------------------------------
 
 APP_GUI_API int set_VideoOutputInterfaceParameter(const char *if_name,
                                                   const VideoOutputInterfaceParameter *record);
@@ -208,5 +217,11 @@ APP_GUI_API int set_StreamingInputStatusChange(const StreamingInputStatusChange 
 APP_GUI_API int upload_WatermarkPicture(const char *if_name);
 
 }  // extern "C"
+
+/**
+ * Takes the state that start_process() is to push. To be called before another thread may change
+ * the store: no lock guards it.
+ */
+void prepare_start_process();
 
 #endif

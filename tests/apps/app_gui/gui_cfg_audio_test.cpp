@@ -253,4 +253,29 @@ TEST_F(Start, SelectsTheSplitOfTheFirstInterface) {
     }
 }
 
+TEST_F(Start, PushesTheStateThatWasPreparedBeforeWhatWasChangedMeanwhile) {
+    prepare_start_process();
+    const VideoOutputDisplayParameter loaded = device.display;
+    VideoOutputDisplayParameter changed = loaded;
+    changed.BorderWidth = loaded.BorderWidth + 1;
+    const Events events = events_of([&] {
+        // What the message thread does while the main thread has not come to start_process() yet.
+        EXPECT_EQ(set_VideoOutputDisplayParameter(&changed), 0);
+        return start_process();
+    });
+    ASSERT_GT(events.size(), 2u);
+    EXPECT_EQ(events[1], record_event(1001, loaded));
+    EXPECT_EQ(events.back(), record_event(1001, changed));
+    EXPECT_EQ(data_VideoOutputDisplayParameter[0].BorderWidth, changed.BorderWidth);
+}
+
+TEST_F(Start, ASecondTimePushesTheStateOfThen) {
+    prepare_start_process();
+    events_of(start_process);
+    data_VideoOutputDisplayParameter[0].BorderWidth = 42;
+    const Events events = events_of(start_process);
+    ASSERT_GT(events.size(), 2u);
+    EXPECT_EQ(events[1], record_event(1001, data_VideoOutputDisplayParameter[0]));
+}
+
 }  // namespace
