@@ -105,6 +105,23 @@ const std::vector<TourStep> &full_hd_steps() {
                "forealpha":255,"stroke":1,"backalpha":255,"x":0,"y":3500,
                "contet":"滚动字幕 scrolling","angle":0,"arrangement_mode":1,
                "en":1,"step":120,"speed":1,"direction":0}]})"}}},
+        {"everything",
+         "nine windows with borders, texts and watermark",
+         1,
+         {{kClient, kSetInterface,
+           R"({"if_name":"HDMI1","records":[{"ScreenSplitMode":"Mode9"}]})"},
+          {kClient, kSetText,
+           R"({"if_name":"HDMI1","records":[{"font":3,"forecolor":"#FFFFFF","forealpha":120,
+               "stroke":0,"backalpha":0,"x":480,"y":1500,"contet":"内部资料 Internal","angle":20,
+               "arrangement_mode":3,"en":0}]})"},
+          {kClient, kSetOsd,
+           R"({"Channel":4,"records":[{},
+               {"visible":1,"font":5,"bold":1,"content":"主讲人 Speaker","forecolor":"#FFD200",
+                "backalpha":150,"corner":2,"x":256,"y":256},{},{}]})"},
+          {kClient, kSetOsd,
+           R"({"Channel":8,"records":[{},{},{},
+               {"visible":1,"font":4,"content":"Name","head":"频道 Channel 9","stroke":1,
+                "backalpha":255,"corner":3,"x":256,"y":256}]})"}}},
     };
     return steps;
 }
