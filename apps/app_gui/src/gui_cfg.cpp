@@ -1,7 +1,6 @@
 #include "gui_cfg.h"
 
 #include <algorithm>
-#include <memory>
 
 #include "app_gui.h"
 #include "diagnostics.h"
@@ -105,6 +104,36 @@ void save_osd_entries() {
         user_path(kOsdFile).c_str(), data_VideoOutputOSDParameter, num_VideoOutputOSDParameter);
 }
 
+namespace {
+
+/** Window that shows video input `index`, or -1. */
+int window_of_input(int index) {
+    const int count = std::min<int>(static_cast<int>(num_VideoOutSourceChange), kMaxChannels);
+    for (int i = 0; i < count; ++i) {
+        const VideoOutSourceChange &source = data_VideoOutSourceChange[i];
+        if (source.type == 0 && source.index == index) return i;
+    }
+    return -1;
+}
+
+}  // namespace
+
+AudioWindow audio_window(const AudioOutSourceChange &source) {
+    if (source.type == 2) return {source.index, -1};
+    const int window = source.type == 0 ? window_of_input(source.index) : -1;
+    return {window, window};
+}
+
+void show_split(const VideoOutputInterfaceParameter &record) {
+    const int layout = record.UserSplitIndex;
+    if (layout >= 0 && layout < get_VideoOutputScreenSplitParameter_per_intf_size()) {
+        gui_switch_split(layout + kFirstUserSplitMode);
+        return;
+    }
+    const std::string name(text_of(record.ScreenSplitMode));
+    gui_switch_split(static_cast<int>(getSplitMode(name.c_str())));
+}
+
 }  // namespace gui_cfg
 
 namespace {
@@ -135,7 +164,6 @@ bool is_channel(int channel) {
 }
 
 // ---- one shape for the families of one record per interface
-// -----------------------------------------
 
 template <typename R>
 int get_record(const char *if_name, R *out) {
@@ -175,33 +203,10 @@ int set_watermark(const char *function, const char *if_name, const R *record, No
 }
 
 // ---- audio window
-// -----------------------------------------------------------------------------------
 
 void show_audio_window(int window, int stored) {
     gui_set_ao_window(window);
     audWndIdx = stored;
-}
-
-/** Window that shows video input `index`, or -1. */
-int window_of_input(int index) {
-    const int count = std::min<int>(static_cast<int>(num_VideoOutSourceChange), kMaxChannels);
-    for (int i = 0; i < count; ++i) {
-        const VideoOutSourceChange &source = data_VideoOutSourceChange[i];
-        if (source.type == 0 && source.index == index) return i;
-    }
-    return -1;
-}
-
-/** What the audio source means for the display. */
-struct AudioWindow {
-    int shown;   ///< window that the display marks, -1 for none
-    int stored;  ///< what audWndIdx becomes
-};
-
-AudioWindow audio_window(const AudioOutSourceChange &source) {
-    if (source.type == 2) return {source.index, -1};
-    const int window = source.type == 0 ? window_of_input(source.index) : -1;
-    return {window, window};
 }
 
 /** The window whose audio plays may change with what a window shows. */
@@ -214,17 +219,6 @@ void follow_video_source(int channel, const VideoOutSourceChange &source) {
     }
 }
 
-/** A user layout when the record selects one that exists, else the named mode. */
-void show_split(const VideoOutputInterfaceParameter &record) {
-    const int layout = record.UserSplitIndex;
-    if (layout >= 0 && layout < get_VideoOutputScreenSplitParameter_per_intf_size()) {
-        gui_switch_split(layout + kFirstUserSplitMode);
-        return;
-    }
-    const std::string name(text_of(record.ScreenSplitMode));
-    gui_switch_split(static_cast<int>(getSplitMode(name.c_str())));
-}
-
 bool same_border(const VideoOutputDisplayParameter &a, const VideoOutputDisplayParameter &b) {
     return a.BorderWidth == b.BorderWidth && same_name(a.VideoBorderColor, b.VideoBorderColor) &&
            same_name(a.AudioBorderColor, b.AudioBorderColor);
@@ -233,7 +227,6 @@ bool same_border(const VideoOutputDisplayParameter &a, const VideoOutputDisplayP
 }  // namespace
 
 // ---- get
-// ------------------------------------------------------------------------------------------
 
 int get_VideoOutputInterfaceParameter(const char *if_name, VideoOutputInterfaceParameter *out) {
     return get_record(if_name, out);
@@ -277,7 +270,6 @@ int get_VideoOutputOSDParameter(int channel, VideoOutputOSDParameter *out) {
 }
 
 // ---- update
-// ---------------------------------------------------------------------------------------
 
 int update_VideoOutputInterfaceParameter(const char *if_name,
                                          const VideoOutputInterfaceParameter *record) {
@@ -337,7 +329,6 @@ int update_VideoOutputOSDParameter(int channel, const VideoOutputOSDParameter *e
 }
 
 // ---- set
-// ------------------------------------------------------------------------------------------
 
 int set_VideoOutputInterfaceParameter(const char *if_name,
                                       const VideoOutputInterfaceParameter *record) {
@@ -463,101 +454,5 @@ int upload_WatermarkPicture(const char *if_name) {
     const int position = get_VideoOutputInterface_intf(if_name);
     if (position < 0) return -2;
     gui_update_watermark_pic(&data_WatermarkPictureParameter[position]);
-    return 0;
-}
-
-// ---- life
-// -----------------------------------------------------------------------------------------
-
-int uninit_parameters() {
-    return 0;
-}
-
-int stop_process() {
-    return 0;
-}
-
-namespace {
-
-/** What start_process() pushes to the display: the store at one moment. */
-struct StartState {
-    VideoOutputInterface interface;
-    VideoOutputInterfaceParameter parameter;
-    int audio_window;
-    VideoOutputDisplayParameter display;
-    VideoOutputScreenSplitParameter splits[kMaxSplitRecords];
-    int split_count;
-    StreamingInputStatusChange streams[kMaxStreams];
-    int stream_count;
-    VideoOutSourceChange sources[kMaxChannels];
-    int source_count;
-    VideoOutputOSDParameter osd[kMaxOsdEntries];
-    int osd_count;
-    WatermarkOSDParameter watermark_text;
-    WatermarkPictureParameter watermark_picture;
-    WatermarkDotmatrixParameter watermark_dot;
-};
-
-/** Taken by prepare_start_process() and used up by start_process(). */
-std::unique_ptr<StartState> prepared_start;
-
-int within(uint32_t count, int capacity) {
-    return static_cast<int>(std::min(count, static_cast<uint32_t>(capacity)));
-}
-
-/** Copies the store and settles the audio window. */
-std::unique_ptr<StartState> take_start_state() {
-    auto state = std::make_unique<StartState>();
-    state->interface = data_VideoOutputInterface[0];
-    state->parameter = data_VideoOutputInterfaceParameter[0];
-    const AudioWindow window = audio_window(data_AudioOutSourceChange[0]);
-    state->audio_window = window.shown;
-    audWndIdx = window.stored;
-    state->display = data_VideoOutputDisplayParameter[0];
-    state->split_count = split_records_from(0);
-    state->stream_count = within(num_StreamingInputStatusChange, kMaxStreams);
-    state->source_count = within(num_VideoOutSourceChange, kMaxChannels);
-    state->osd_count = within(num_VideoOutputOSDParameter, kMaxOsdEntries);
-    std::copy_n(data_VideoOutputScreenSplitParameter, state->split_count, state->splits);
-    std::copy_n(data_StreamingInputStatusChange, state->stream_count, state->streams);
-    std::copy_n(data_VideoOutSourceChange, state->source_count, state->sources);
-    std::copy_n(data_VideoOutputOSDParameter, state->osd_count, state->osd);
-    state->watermark_text = data_WatermarkOSDParameter[0];
-    state->watermark_picture = data_WatermarkPictureParameter[0];
-    state->watermark_dot = data_WatermarkDotmatrixParameter[0];
-    return state;
-}
-
-void push(const StartState &state) {
-    gui_set_ao_window(state.audio_window);
-    gui_update_video_display(&state.display);
-    gui_update_user_split(state.splits, state.split_count);
-    show_split(state.parameter);
-    if (state.interface.OSDSupported != 0) {
-        gui_update_urlinfo(state.streams, state.stream_count);
-        gui_update_video_source(state.sources, state.source_count);
-        for (int i = 0; i < state.osd_count; ++i) {
-            gui_update_videooutput_osd(&state.osd[i], i);
-        }
-    }
-    if (state.interface.WatermarkSupported != 0) {
-        gui_update_watermark_osd(&state.watermark_text);
-        gui_update_watermark_pic(&state.watermark_picture);
-        gui_update_watermark_dot(&state.watermark_dot);
-    }
-}
-
-}  // namespace
-
-void prepare_start_process() {
-    prepared_start = take_start_state();
-}
-
-int start_process() {
-    const std::unique_ptr<StartState> state =
-        prepared_start ? std::move(prepared_start) : take_start_state();
-    // What the message thread has posted meanwhile is newer and has to be delivered after this.
-    const FirstInQueue first;
-    push(*state);
     return 0;
 }

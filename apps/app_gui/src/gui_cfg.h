@@ -66,7 +66,6 @@ APP_GUI_API extern uint32_t num_StreamingInputStatusChange;
 APP_GUI_API extern int32_t audWndIdx;
 
 // ---- accessors: addresses of first elements, and counts
-// ------------------------------------------
 
 APP_GUI_API VideoOutputInterface *get_ptr_VideoOutputInterface();
 APP_GUI_API AudioOutputCapabilitySet *get_ptr_AudioOutputCapabilitySet();
@@ -97,7 +96,6 @@ APP_GUI_API int get_AudioOutputParameter_chn_size();
 APP_GUI_API int get_VideoOutputInterface_intf(const char *if_name);
 
 // ---- life
-// -----------------------------------------------------------------------------------------
 
 /**
  * Loads the store from the JSON files below /mnt/usr/config. Capability files must be there;
@@ -117,7 +115,6 @@ APP_GUI_API int start_process();
 APP_GUI_API int stop_process();
 
 // ---- checks and defaults
-// ----------------------------------------------------------------------------
 
 /** 1 when `n` is in the numeric list, e.g. 4 in "1;3-5"; a range may be written backwards. */
 APP_GUI_API int find_num(const char *list, int n);
@@ -162,7 +159,6 @@ APP_GUI_API int default_WatermarkDotmatrixParameter(const char *if_name,
                                                     WatermarkDotmatrixParameter *record);
 
 // ---- get: copy out of the store
-// ---------------------------------------------------------------------
 
 APP_GUI_API int get_VideoOutputInterfaceParameter(const char *if_name,
                                                   VideoOutputInterfaceParameter *out);
@@ -194,7 +190,6 @@ APP_GUI_API int update_WatermarkDotmatrixParameter(const char *if_name,
                                                    const WatermarkDotmatrixParameter *record);
 
 // ---- set: validate, compare, notify the display, store
-// ------------------------------------------------
 
 APP_GUI_API int set_VideoOutputInterfaceParameter(const char *if_name,
                                                   const VideoOutputInterfaceParameter *record);

@@ -10,7 +10,6 @@
 using namespace gui_cfg;
 
 // ---- lists
-// ------------------------------------------------------------------------------------------
 
 namespace {
 
@@ -62,7 +61,6 @@ int find_num(const char *list, int n) {
 }
 
 // ---- identity
-// -----------------------------------------------------------------------------------------
 
 namespace {
 
@@ -123,7 +121,6 @@ int osd_entries() {
 }  // namespace
 
 // ---- checks
-// -------------------------------------------------------------------------------------------
 
 int check_VideoOutputInterfaceParameter(const char *if_name,
                                         const VideoOutputInterfaceParameter *record) {
@@ -313,7 +310,6 @@ int check_StreamingInputStatusChange(int position, const StreamingInputStatusCha
 }
 
 // ---- defaults
-// -----------------------------------------------------------------------------------------
 
 int default_VideoOutputInterfaceParameter(const char *if_name,
                                           VideoOutputInterfaceParameter *record) {

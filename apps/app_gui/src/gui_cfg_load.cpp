@@ -58,7 +58,6 @@ void tell_failure(const LoadStep &step, int result) {
 }
 
 // ---- reading
-// ----------------------------------------------------------------------------------------
 
 /** `read` takes a path and returns a reader's result, which is told when it is not 0. */
 template <typename Read>
@@ -120,7 +119,6 @@ const char *interface_name(int position) {
 }
 
 // ---- capability steps
-// -------------------------------------------------------------------------------
 
 Outcome init_DeviceCapabilitySet(const LoadStep &step) {
     DeviceCapabilitySet &set = data_DeviceCapabilitySet[0];
@@ -206,7 +204,6 @@ Outcome init_StreamingInputCapabilitySet(const LoadStep &step) {
 }
 
 // ---- parameter steps
-// --------------------------------------------------------------------------------
 
 Outcome init_VideoOutputInterfaceParameter(const LoadStep &step) {
     VideoOutputInterfaceParameter *records = data_VideoOutputInterfaceParameter;
@@ -342,7 +339,6 @@ Outcome init_StreamingInputParameter(const LoadStep &step) {
 }
 
 // ---- the order of loading
-// ---------------------------------------------------------------------------
 
 /** A step whose function bears the name that its error lines print. */
 #define STEP(name, file, failure) \

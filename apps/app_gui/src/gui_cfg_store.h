@@ -115,6 +115,17 @@ bool any_item(std::string_view list, Visit visit) {
 /** Split records of an interface that lie within the storage from record `first` on. */
 int split_records_from(int first);
 
+/** What the audio source means for the display. */
+struct AudioWindow {
+    int shown;   ///< window that the display marks, -1 for none
+    int stored;  ///< what audWndIdx becomes
+};
+AudioWindow audio_window(const AudioOutSourceChange &source);
+
+/** Switches the display: to a user layout when the record selects one that exists, else to its
+ * mode. */
+void show_split(const VideoOutputInterfaceParameter &record);
+
 }  // namespace gui_cfg
 
 #endif

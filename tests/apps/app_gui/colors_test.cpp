@@ -104,7 +104,6 @@ TEST(ColourText, NoMoreThanTheSizeIsWritten) {
 }
 
 // ---- the window query
-// ------------------------------------------------------------------------------
 
 class SplitWindowQuery : public testing::Test {
 protected:

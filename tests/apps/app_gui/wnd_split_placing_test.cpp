@@ -69,7 +69,6 @@ SplitWndInfo window(uint8_t anchor, SplitCoordinate x, SplitCoordinate y, SplitC
 }
 
 // ---- literal rows
-// --------------------------------------------------------------------------
 
 struct PlaceCase {
     const char *what;
@@ -187,7 +186,6 @@ TEST_F(WndSplitPlacing, NullPointersPlaceNothing) {
 }
 
 // ---- properties over all modes and many canvases
-// -------------------------------------------
 
 bool overlap(const Rect &a, const Rect &b) {
     return a[0] < b[2] && b[0] < a[2] && a[1] < b[3] && b[1] < a[3];
@@ -273,7 +271,6 @@ TEST_F(WndSplitPlacing, WindowsNeverOverlapOnCanvasesThatTheGridsDivideEvenly) {
 }
 
 // ---- an independent reference
-// --------------------------------------------------------------
 
 using Wide = __int128;
 
@@ -401,7 +398,6 @@ TEST_F(WndSplitPlacing, RandomDescriptionsAgreeWithTheReference) {
 }
 
 // ---- numbers that are none
-// -----------------------------------------------------------------
 
 TEST_F(WndSplitPlacing, NumbersOutsideTheIntegersStickAtTheirEnds) {
     const double nan = std::numeric_limits<double>::quiet_NaN();

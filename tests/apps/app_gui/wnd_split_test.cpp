@@ -27,7 +27,6 @@ SplitInfo info_of(unsigned mode) {
 }
 
 // ---- the catalogue against pictures of it
-// ----------------------------------------------------------
 
 /**
  * A mode as a picture: one text per grid row, one letter per grid cell; window A is the first, B
@@ -197,7 +196,6 @@ TEST_F(WndSplit, ThePictureInPictureHasPixelMarginsFromTheBottomRightCorner) {
 }
 
 // ---- making working records
-// ------------------------------------------------------------------------
 
 TEST_F(WndSplit, AStoredCountOfZeroBecomesOneAndMoreThanSixteenBecomeSixteen) {
     const struct {
@@ -256,7 +254,6 @@ TEST_F(WndSplit, AnOddLayerMarkCountsAsBelowAndIsFlippedToTheTop) {
 }
 
 // ---- lookups
-// ---------------------------------------------------------------------------------------
 
 TEST_F(WndSplit, AModeAbove34OrANullBufferCopiesNothing) {
     for (const unsigned mode : {35U, 36U, 0x80000000U, 4294967295U}) {
@@ -355,7 +352,6 @@ TEST_F(WndSplit, ThePreviewIsTheReferenceCanvas) {
 }
 
 // ---- border colours
-// --------------------------------------------------------------------------------
 
 TEST_F(WndSplit, BorderColoursAreReadAsFarAsTheyMatch) {
     const struct {
