@@ -1,8 +1,13 @@
 // Start-up: what ends it, what it falls back to, what it says.
 
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <fstream>
 
 #include "device_test.h"
 
@@ -134,6 +139,57 @@ TEST(StartUp, TellsThatTheMessageThreadCame) {
                 HasSubstr("<DEBUG file apps/app_gui/src/app_gui.cpp, line 143>: thread "
                           "recv_msg_routine, pid = "));
     EXPECT_THAT(device.standardOutput(), HasSubstr(" Enter\n"));
+}
+
+/** While it lives, programs start with thread stacks for which there is no room. */
+class NoRoomForThreads {
+public:
+    NoRoomForThreads() {
+        getrlimit(RLIMIT_STACK, &saved_);
+        const rlimit huge = {rlim_t{1} << 46, saved_.rlim_max};
+        works = setrlimit(RLIMIT_STACK, &huge) == 0;
+    }
+    ~NoRoomForThreads() { setrlimit(RLIMIT_STACK, &saved_); }
+    bool works = false;
+
+private:
+    rlimit saved_ = {};
+};
+
+TEST(StartUp, WithoutAMessageThreadStillDisplays) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizer does not start with such stacks";
+#endif
+    vdevice::DeviceOptions options = sampleDevice();
+    options.waitUntilServing = false;
+    vdevice::Device device;
+    {
+        const NoRoomForThreads limit;
+        if (!limit.works) GTEST_SKIP() << "this user's stacks are limited";
+        start(device, options);
+    }
+    const std::string line =
+        "\033[1;31m<ERROR! apps/app_gui/src/app_gui.cpp:371, main>: "
+        "[app_gui]pthread_create recv_msg fail! errno:" +
+        std::to_string(ENOMEM) + "\n\033[0m";
+    const auto told = [&] { return device.standardError().find(line) != std::string::npos; };
+    EXPECT_TRUE(vdevice::wait_until(told, vdevice::Milliseconds(20000))) << device.standardError();
+    const auto drawn = [](const QImage &layer) { return layer != emptyLayer(); };
+    EXPECT_TRUE(device.waitForPixels(drawn, vdevice::Milliseconds(10000)));
+    EXPECT_FALSE(device.request(request("Keepalive", json::object()), vdevice::Milliseconds(300)));
+    EXPECT_TRUE(device.running());
+    EXPECT_EQ(device.standardOutput(), "") << "the thread did not enter";
+}
+
+TEST(StartUp, AReaderOfItsLinesThatGoesAwayDoesNotEndTheProcess) {
+    vdevice::Device device;
+    start(device, sampleDevice());
+    std::ifstream status("/proc/" + std::to_string(device.pid()) + "/status");
+    uint64_t ignored = 0;
+    for (std::string word; status >> word;) {
+        if (word == "SigIgn:") status >> std::hex >> ignored;
+    }
+    EXPECT_NE(ignored & uint64_t{1} << (SIGPIPE - 1), 0u);
 }
 
 TEST(StartUp, WorksInEverySandboxThatThisKernelAllows) {

@@ -17,6 +17,8 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <csignal>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -255,15 +257,19 @@ void apply_style_sheet(QFile &file) {
 
 void start_message_thread() {
     pthread_t thread;
+    errno = 0;
     const int result = pthread_create(&thread, nullptr, recv_msg_routine, nullptr);
     if (result == 0) return;
+    // The result is EAGAIN whatever the cause; errno tells it where the C library sets it.
     error_line(__FILE__, 371, "main", "[%s]pthread_create recv_msg fail! errno:%d\n", kProcess,
-               result);
+               errno != 0 ? errno : result);
 }
 
 }  // namespace
 
 int run_app_gui(int argc, char **argv) {
+    // Who reads our lines may go away; the display goes on.
+    std::signal(SIGPIPE, SIG_IGN);
     const int loaded = init_parameters();
     if (loaded != 0) {
         debug_line(__FILE__, 322, "init_parameters fail %d\n", loaded);
@@ -321,8 +327,11 @@ int post_records(const char *function, const char *record_name, UserEventType ty
         ERROR_LINE_AS(function, "invalid para\n");
         return -2;
     }
-    const size_t bytes = static_cast<size_t>(copied < 0 ? 0 : copied) * sizeof(Record);
-    void *copy = std::malloc(bytes);
+    // No block holds a negative number of records, or more than can be addressed.
+    const bool possible =
+        copied >= 0 && static_cast<size_t>(copied) <= PTRDIFF_MAX / sizeof(Record);
+    const size_t bytes = possible ? static_cast<size_t>(copied) * sizeof(Record) : 0;
+    void *copy = possible ? std::malloc(bytes) : nullptr;
     if (!copy) {
         ERROR_LINE_AS(function, "malloc %s failed!\n", record_name);
         return -6;

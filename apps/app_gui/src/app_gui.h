@@ -61,8 +61,8 @@ extern "C" {
 APP_GUI_API void *recv_msg_routine(void *arg);
 
 // ---- the bridge: callable from any thread, copies its argument
-// ------------------------------------ Result of the functions that take records: 0; -2 for a null
-// pointer; -6 when no memory is left.
+// Result of the functions that take records: 0; -2 for a null pointer; -6 when there is no memory
+// for `count` of them, as for a negative count.
 
 APP_GUI_API int gui_update_video_display(const VideoOutputDisplayParameter *record);
 APP_GUI_API int gui_update_watermark_pic(const WatermarkPictureParameter *record);
@@ -85,8 +85,7 @@ APP_GUI_API int gui_update_video_source(const VideoOutSourceChange *records, int
  */
 APP_GUI_API int gui_get_split_window(int mode, int index, int rect[4]);
 
-// ---- colour texts "#RRGGBB"
-// ------------------------------------------------------------------------
+// ---- colour texts "#RRGGBB" --------------------------------------------------------------------
 
 /** 1 when `text` is "#" and six hexadecimal digits, else 0; null gives 0. */
 APP_GUI_API int check_color_is_valid(const char *text);

@@ -8,8 +8,7 @@ namespace {
 
 using gui_cfg::printable;
 
-// ---- feature flags: those of the first interface count for every key
-// -----------------------------------
+// ---- feature flags: those of the first interface count for every key ---------------------------
 
 constexpr int kNotSupported = -4;
 
@@ -35,8 +34,7 @@ int split_records() {
     return get_VideoOutputScreenSplitParameter_per_intf_size();
 }
 
-// ---- interface keys
-// -----------------------------------------------------------------------------------
+// ---- interface keys ----------------------------------------------------------------------------
 
 /** Records for a key: none for null, those of every interface for "", else those of one. */
 int interface_size(Supported supported, const char *if_name, int per_interface) {
@@ -70,8 +68,7 @@ int for_interfaces(const char *handler, Supported supported, const char *if_name
     return 0;
 }
 
-// ---- channel keys
-// -------------------------------------------------------------------------------------
+// ---- channel keys ------------------------------------------------------------------------------
 
 int channels() {
     return get_VideoOutputOSDParameter_chn_size();

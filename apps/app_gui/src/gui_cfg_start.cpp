@@ -93,10 +93,13 @@ void prepare_start_process() {
 }
 
 int start_process() {
-    const std::unique_ptr<StartState> state =
-        prepared_start ? std::move(prepared_start) : take_start_state();
-    // What the message thread has posted meanwhile is newer and has to be delivered after this.
+    if (!prepared_start) {
+        push(*take_start_state());
+        return 0;
+    }
+    // What the message thread has posted since then is newer and has to be delivered after it.
     const FirstInQueue first;
-    push(*state);
+    push(*prepared_start);
+    prepared_start.reset();
     return 0;
 }

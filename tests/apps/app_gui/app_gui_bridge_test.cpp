@@ -137,6 +137,18 @@ TEST_F(Bridge, PostsACountOfNoRecords) {
     }
 }
 
+TEST_F(Bridge, ThereIsNoMemoryForANegativeNumberOfRecords) {
+    const std::string bytes = pattern(2120);
+    for (const Poster &poster : posters()) {
+        if (!poster.counted) continue;
+        for (const int count : {-1, -2, INT_MIN}) {
+            EXPECT_EQ(errors_of([&] { EXPECT_EQ(poster.post(bytes.data(), count), -6); }, kFile),
+                      Lines{std::string(poster.name) + ": malloc " + poster.record + " failed!\n"});
+        }
+    }
+    EXPECT_EQ(take_events(), Events{});
+}
+
 TEST_F(Bridge, CopiesOneOsdRecordWhateverTheIndex) {
     const std::string bytes = pattern(568);
     const auto record = on_heap(bytes);

@@ -5,6 +5,7 @@
  * has one; elsewhere a lock keeps two runs of this test apart.
  */
 
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <nanomsg/nn.h>
@@ -33,6 +34,8 @@
 #include <cstdlib>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <regex>
+#include <sstream>
 
 #include "gui_cfg_store.h"
 #include "store_fixture.h"
@@ -54,6 +57,88 @@ constexpr const char *kCodec = "ipc:///tmp/ipc/app_codec.event";
 constexpr const char *kStream = "ipc:///tmp/ipc/app_stream.event";
 constexpr const char *kSocketFile = "/tmp/ipc/app_gui.command";
 constexpr int kPatienceMs = 20000;
+
+// ---- faults of nanomsg in the device process ----------------------------------------------------
+
+constexpr const char *kFaultVariable = "MESSAGE_THREAD_TEST_FAULT";
+
+/** Calls number `first` to `last` of a function fail with `error`. */
+struct Fault {
+    std::string function;  ///< "" for none
+    int first = 0, last = 0;
+    int error = 0;
+    int calls = 0;
+} fault;
+
+void read_fault() {
+    if (const char *text = std::getenv(kFaultVariable)) {
+        std::istringstream(text) >> fault.function >> fault.first >> fault.last >> fault.error;
+    }
+}
+
+bool fails(const char *function) {
+    if (fault.function != function) return false;
+    ++fault.calls;
+    errno = fault.error;
+    return fault.calls >= fault.first && fault.calls <= fault.last;
+}
+
+/** With a fault, the sockets' lives are told. */
+void tell(const char *what, int socket) {
+    if (fault.function.empty()) return;
+    std::printf("%s %d\n", what, socket);
+    std::fflush(stdout);
+}
+
+template <typename Function>
+Function *real(const char *name) {
+    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+// These stand in for the library's within this program.
+extern "C" {
+
+int nn_socket(int domain, int protocol) {
+    const int socket = real<decltype(nn_socket)>("nn_socket")(domain, protocol);
+    tell("opened", socket);
+    return socket;
+}
+
+int nn_close(int socket) {
+    tell("closed", socket);
+    return real<decltype(nn_close)>("nn_close")(socket);
+}
+
+int nn_setsockopt(int socket, int level, int option, const void *value, size_t size) {
+    if (level == NN_SUB && option == NN_SUB_SUBSCRIBE && fails("subscribe")) return -1;
+    return real<decltype(nn_setsockopt)>("nn_setsockopt")(socket, level, option, value, size);
+}
+
+int nn_connect(int socket, const char *address) {
+    if (fails("nn_connect")) return -1;
+    return real<decltype(nn_connect)>("nn_connect")(socket, address);
+}
+
+int nn_poll(nn_pollfd *entries, int count, int timeout) {
+    if (fails("nn_poll")) return -1;
+    return real<decltype(nn_poll)>("nn_poll")(entries, count, timeout);
+}
+
+int nn_recv(int socket, void *buffer, size_t size, int flags) {
+    if (fails("nn_recv")) return -1;
+    return real<decltype(nn_recv)>("nn_recv")(socket, buffer, size, flags);
+}
+
+int nn_send(int socket, const void *buffer, size_t size, int flags) {
+    if (fails("nn_send")) return -1;
+    return real<decltype(nn_send)>("nn_send")(socket, buffer, size, flags);
+}
+
+}  // extern "C"
+
+namespace {
 
 // ---- the device process -------------------------------------------------------------------------
 
@@ -91,6 +176,7 @@ int free_sockets() {
  */
 int run_device(const char *folder, int sockets) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
+    read_fault();
     setenv("QT_QPA_PLATFORM", "offscreen", 1);
     struct sigaction action = {};
     action.sa_handler = [](int) {};
@@ -471,6 +557,99 @@ TEST_F(MessageThread, EndsAtTheFirstSocketThatCannotBeOpenedAndClosesTheOthers) 
                                              ") fail: " + nn_strerror(EMFILE) + "\n\033[0m"))
             << process.errors->seen;
     }
+}
+
+// ---- faults -------------------------------------------------------------------------------------
+
+/** While it lives, devices start with calls `first` to `last` of the function failing. */
+class WithFault {
+public:
+    WithFault(const std::string &function, int first, int last, int error) {
+        setenv(kFaultVariable,
+               (function + " " + std::to_string(first) + " " + std::to_string(last) + " " +
+                std::to_string(error))
+                   .c_str(),
+               1);
+    }
+    ~WithFault() { unsetenv(kFaultVariable); }
+};
+
+/** What follows `word` in the lines of `text` that start with it. */
+Lines lines_after(const std::string &text, const std::string &word) {
+    Lines found;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        if (line.rfind(word, 0) == 0) found.push_back(line.substr(word.size()));
+    }
+    return found;
+}
+
+TEST_F(MessageThread, EndsAtAFailureWithItsLineAndClosesItsSocketsInTheirOrder) {
+    struct Row {
+        const char *function;
+        int call;
+        std::string message;
+        size_t opened;
+    };
+    const std::string subscribe = "[app_gui]nn_setsockopt(NN_SUB, NN_SUB_SUBSCRIBE) fail: ";
+    const Row rows[] = {
+        {"nn_connect", 1, "nn_connect(" + std::string(kKeepalive) + ") fail: ", 2},
+        {"nn_connect", 2, "nn_connect(" + std::string(kCodec) + ") fail: ", 3},
+        // Kept: the stream socket's failure names the codec's address.
+        {"nn_connect", 3, "nn_connect(" + std::string(kCodec) + ") fail: ", 4},
+        {"subscribe", 1, subscribe, 3},
+        {"subscribe", 2, subscribe, 4},
+        {"nn_poll", 1, "nn_poll msg fail: ", 4},
+        {"nn_poll", 2, "nn_poll msg fail: ", 4},
+    };
+    for (const Row &row : rows) {
+        const WithFault fault_of_device(row.function, row.call, INT_MAX, ENOMEM);
+        Device process(root);
+        EXPECT_TRUE(process.output->wait_for("thread returned null\n")) << row.message;
+        EXPECT_THAT(process.output->seen, HasSubstr(process.exit() + "thread returned null\n"));
+        EXPECT_TRUE(process.errors->wait_for(", recv_msg_routine>: " + row.message +
+                                             nn_strerror(ENOMEM) + "\n\033[0m"))
+            << process.errors->seen;
+        const Lines opened = lines_after(process.output->seen, "opened ");
+        EXPECT_EQ(opened.size(), row.opened) << row.message;
+        EXPECT_EQ(lines_after(process.output->seen, "closed "), opened) << row.message;
+    }
+}
+
+TEST_F(MessageThread, GoesOnAfterAReceiveThatFails) {
+    const WithFault fault_of_device("nn_recv", 1, 2, EIO);
+    Device process(root);
+    expect_answer(1);
+    EXPECT_TRUE(process.errors->wait_for(
+        ", recv_msg_routine>: nn_recv fail: " + std::string(nn_strerror(EIO)) + "\n\033[0m"));
+}
+
+TEST_F(MessageThread, SendsAReplyAgainWhileTheSocketIsFullOrInterrupted) {
+    for (const int error : {EAGAIN, EINTR}) {
+        const WithFault fault_of_device("nn_send", 1, 1000, error);
+        Device process(root);
+        expect_answer(1);
+        process.errors->forget();
+        EXPECT_THAT(process.errors->seen, Not(HasSubstr("recv_msg_routine")));
+    }
+}
+
+TEST_F(MessageThread, DropsAReplyThatCannotBeSentAndGoesOn) {
+    const WithFault fault_of_device("nn_send", 1, 1, EIO);
+    Device process(root);
+    Socket client(NN_REQ);
+    ASSERT_GE(nn_connect(client.fd, kCommand), 0);
+    client.send(request("Keepalive", nullptr, 7));
+    ASSERT_TRUE(
+        process.errors->wait_for(") failed: " + std::string(nn_strerror(EIO)) + "\n\033[0m"));
+    const std::regex line(R"(, recv_msg_routine>: nn_send\((\d+), (\{.*\}), (\d+)\) failed: )");
+    std::smatch parts;
+    ASSERT_TRUE(std::regex_search(process.errors->seen, parts, line)) << process.errors->seen;
+    ASSERT_TRUE(process.output->wait_for("opened "));
+    EXPECT_EQ(parts[1], lines_after(process.output->seen, "opened ").at(0));
+    EXPECT_EQ(json::parse(parts[2].str())["id"], 7);
+    EXPECT_EQ(parts[3], std::to_string(parts[2].length() + 1)) << "with the NUL";
+    expect_answer(8);
 }
 
 // ---- a folder of sockets for this process alone -------------------------------------------------

@@ -3,11 +3,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <ifaddrs.h>
+#include <net/if.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <climits>
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -17,12 +22,37 @@
 #include <thread>
 #include <vector>
 
+// ---- a kernel that refuses ----------------------------------------------------------------------
+
+namespace {
+
+/** What the kernel shall refuse, with EIO; 0 for nothing. */
+unsigned long refused_request = 0;
+/** Bits that are added to the MTU that the kernel tells. */
+int more_mtu = 0;
+
+}  // namespace
+
+/** Stands in for the C library's within this program. */
+extern "C" int ioctl(int fd, unsigned long request, ...) noexcept {
+    va_list arguments;
+    va_start(arguments, request);
+    void *const argument = va_arg(arguments, void *);
+    va_end(arguments);
+    if (request == refused_request) {
+        errno = EIO;
+        return -1;
+    }
+    const long result = syscall(SYS_ioctl, fd, request, argument);
+    if (result == 0 && request == SIOCGIFMTU) static_cast<ifreq *>(argument)->ifr_mtu |= more_mtu;
+    return static_cast<int>(result);
+}
+
 namespace {
 
 using testing::HasSubstr;
 
 // ---- a folder of the test's own
-// --------------------------------------------------------------------
 
 class Folder {
 public:
@@ -56,7 +86,6 @@ private:
 };
 
 // ---- the LAN record
-// --------------------------------------------------------------------------------
 
 /** The number that the next opened descriptor will get. */
 int next_descriptor() {
@@ -154,8 +183,60 @@ TEST(HostLan, WithoutASocketTheResultIsMinusEightAndAnErrorLine) {
                                   std::to_string(EMFILE) + "\n\033[0m"));
 }
 
+TEST(HostLan, WithoutAListOfInterfacesTheResultIsMinusEightAndAnErrorLine) {
+    HostLanPara host = filled(0x5a);
+    const HostLanPara before = host;
+    const int descriptor = next_descriptor();
+    testing::internal::CaptureStderr();
+    refused_request = SIOCGIFCONF;
+    const int result = get_host_lan_para("lo", &host);
+    refused_request = 0;
+    const std::string output = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(result, -8);
+    EXPECT_EQ(std::memcmp(&host, &before, sizeof(host)), 0);
+    EXPECT_EQ(next_descriptor(), descriptor);
+    EXPECT_THAT(output, HasSubstr(", get_host_lan_para>: ioctl SIOCGIFCONF failed! errno : " +
+                                  std::to_string(EIO) + "\n\033[0m"));
+}
+
+TEST(HostLan, AStepThatFailsLeavesItsFieldAndTheOthersRun) {
+    const struct {
+        unsigned long request;
+        const char *name;
+        size_t offset, size;  ///< of the step's field
+    } cases[] = {
+        {SIOCGIFADDR, "SIOCGIFADDR", 68, 16},
+        {SIOCGIFNETMASK, "SIOCGIFNETMASK", 100, 16},
+        {SIOCGIFHWADDR, "SIOCGIFHWADDR", 352, 18},
+        {SIOCGIFMTU, "SIOCGIFMTU", 370, 2},
+    };
+    HostLanPara whole = filled(0x5a);
+    ASSERT_EQ(get_host_lan_para("lo", &whole), 0);
+    for (const auto &c : cases) {
+        HostLanPara expected = whole, host = filled(0x5a);
+        std::memset(reinterpret_cast<char *>(&expected) + c.offset, 0x5a, c.size);
+        testing::internal::CaptureStderr();
+        refused_request = c.request;
+        const int result = get_host_lan_para("lo", &host);
+        refused_request = 0;
+        const std::string output = testing::internal::GetCapturedStderr();
+        EXPECT_EQ(result, 0) << c.name;
+        EXPECT_EQ(std::memcmp(&host, &expected, sizeof(host)), 0) << c.name;
+        EXPECT_THAT(output, HasSubstr(", get_host_lan_para>: ioctl " + std::string(c.name) +
+                                      " failed! errno : " + std::to_string(EIO) + "\n\033[0m"));
+    }
+}
+
+TEST(HostLan, TheMtuIsTheLow16Bits) {
+    HostLanPara host = filled(0), large = filled(0);
+    ASSERT_EQ(get_host_lan_para("lo", &host), 0);
+    more_mtu = 0x70000;
+    EXPECT_EQ(get_host_lan_para("lo", &large), 0);
+    more_mtu = 0;
+    EXPECT_EQ(large.mtu, host.mtu);
+}
+
 // ---- gateway
-// ---------------------------------------------------------------------------------------
 
 /** Puts an `ip` of its own first in PATH, which prints the given routes. */
 class Gateway : public testing::Test {
@@ -260,7 +341,6 @@ TEST_F(Gateway, WithoutAPipeTheResultIsMinusSevenAndAnErrorLine) {
 }
 
 // ---- name servers
-// ----------------------------------------------------------------------------------
 
 struct NameServers {
     int result;
@@ -341,7 +421,6 @@ TEST(NameServerFile, TheHostsFileIsTheDefault) {
 }
 
 // ---- addresses and masks
-// ---------------------------------------------------------------------------
 
 TEST(Ipv4Address, FourNumbersWithAnySeparatorAreValid) {
     const struct {
@@ -534,7 +613,6 @@ TEST(DefaultGateway, TheFourthNumberIsAlwaysOne) {
 }
 
 // ---- MAC and MTU
-// -----------------------------------------------------------------------------------
 
 TEST(MacAddress, SixPairsOfHexadecimalDigitsAreValid) {
     const struct {

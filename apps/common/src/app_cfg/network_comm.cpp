@@ -49,8 +49,7 @@ private:
     int fd_;
 };
 
-// ---- one interface
-// ---------------------------------------------------------------------------------
+// ---- one interface -----------------------------------------------------------------------------
 
 #define LAN_ERROR(message) \
     ERROR_LINE_AS("get_host_lan_para", message " failed! errno : %d\n", errno)
@@ -103,8 +102,7 @@ void read_mtu(int fd, ifreq request, HostLanPara *out) {
 
 #undef LAN_ERROR
 
-// ---- lines of text
-// ---------------------------------------------------------------------------------
+// ---- lines of text -----------------------------------------------------------------------------
 
 /** Calls `take(line)` for each line until it returns false. */
 template <typename Take>
@@ -122,8 +120,7 @@ void write_text(char *out, size_t size, const char *text) {
     }
 }
 
-// ---- addresses
-// -------------------------------------------------------------------------------------
+// ---- addresses ---------------------------------------------------------------------------------
 
 #define OCTET "([0-9]|[1-9][0-9]|1[0-9]{1,2}|2[0-4][0-9]|25[0-5])"
 

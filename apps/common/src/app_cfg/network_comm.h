@@ -2,9 +2,10 @@
  * @file network_comm.h
  * The host's IPv4 settings: queries and checks shared by the device's processes.
  *
- * Conventions: C linkage; texts are NUL-terminated. Results: 0 success, -1 not found, -2 bad argument,
- * -7 a file or command could not be opened, -8 socket or interface enumeration failed. `check_`
- * functions return 1 or 0. Null arguments count as bad or as not matching.
+ * Conventions: C linkage; texts are NUL-terminated. Results: 0 success, -1 not found, -2 bad
+ * argument, -7 a file or command could not be opened, -8 socket or interface enumeration failed.
+ * `check_` functions return 1 or 0. Null arguments count as bad or as not matching.
+ *
  * Thread: any.
  */
 #ifndef APPS_COMMON_APP_CFG_NETWORK_COMM_H

@@ -4,8 +4,8 @@
  *
  * A debug line goes to standard output: "<DEBUG file %s, line %d>: " and, as a second print, the
  * message. An error line goes to standard error as three prints: the red prefix
- * "\033[1;31m<ERROR! %s:%d, %s>: " with file, line and function, the message, and "\033[0m". Messages
- * end in "\n". Files are given relative to the repository.
+ * "\033[1;31m<ERROR! %s:%d, %s>: " with file, line and function, the message, and "\033[0m".
+ * Messages end in "\n". Files are given relative to the repository.
  *
  * Thread: any; the prints of one line are not interleaved with those of another.
  */
@@ -14,11 +14,12 @@
 
 namespace diagnostics {
 
-__attribute__((format(printf, 3, 4))) void debug_line(const char *file, int line, const char *format,
-                                                      ...);
+__attribute__((format(printf, 3, 4))) void debug_line(const char *file, int line,
+                                                      const char *format, ...);
 
 __attribute__((format(printf, 4, 5))) void error_line(const char *file, int line,
-                                                      const char *function, const char *format, ...);
+                                                      const char *function, const char *format,
+                                                      ...);
 
 }  // namespace diagnostics
 
