@@ -131,8 +131,8 @@ void MainWindow::changeEvent(QEvent *event) {
 
 void MainWindow::resizeEvent(QResizeEvent *event) {
     MAINWINDOW_DEBUG("=== resizeEvent start\n");
-    layOutTexts();
-    layOutPictures();
+    layOutTexts(event->size());
+    layOutPictures(event->size());
     MAINWINDOW_DEBUG("resizeEvent %dx%d\n", event->size().width(), event->size().height());
     update();
 }
@@ -147,10 +147,14 @@ BorderPicture MainWindow::borders() const {
 }
 
 void MainWindow::repaintChanged(const BorderPicture &before) {
-    const QRegion changed = changed_region(before, borders()) & rect();
+    repaintRegion(changed_region(before, borders()));
+}
+
+void MainWindow::repaintRegion(const QRegion &changed) {
+    const QRegion shown = changed & rect();
     // Every change that the window took gives a paint event, be it of one pixel: whoever watches
     // the window sees that the change has arrived.
-    update(changed.isEmpty() ? QRegion(0, 0, 1, 1) : changed);
+    update(shown.isEmpty() ? QRegion(0, 0, 1, 1) : shown);
 }
 
 void MainWindow::paintEvent(QPaintEvent *event) {

@@ -158,13 +158,14 @@ private:
     const QRect *currentRect(int window) const;
     BorderPicture borders() const;
     void repaintChanged(const BorderPicture &before);
+    void repaintRegion(const QRegion &changed);
 
     // Overlay labels.
     void updateAllDisplays();
     bool sourceText(const VideoOutputOSDParameter &osd, QString *text) const;
     void showSourceOfWindow(int window);
-    void layOutTexts();
-    void layOutPictures();
+    void layOutTexts(const QSize &screen);
+    void layOutPictures(const QSize &screen);
 
     std::unique_ptr<MainWindowUI> mUi;
     unsigned mResolution;  // code of changeResolution()

@@ -284,8 +284,9 @@ void MainWindow::tickDot() {
 /// Repaints where the dot was and where it is.
 void MainWindow::moveDot(const QPoint &position) {
     QRegion changed;
-    changed += QRect(mDot, QSize(1, 1));
-    changed += QRect(position, QSize(1, 1));
+    for (const QPoint &dot : {mDot, position}) {
+        changed += QRect(dot, dot);  // one pixel, also at the far end of the integers
+    }
     mDot = position;
-    update(changed);
+    repaintRegion(changed);
 }

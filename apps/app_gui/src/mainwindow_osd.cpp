@@ -144,11 +144,11 @@ int MainWindow::showOrHideOsd(unsigned osd, int windows) {
     return 1;
 }
 
-void MainWindow::layOutTexts() {
+void MainWindow::layOutTexts(const QSize &screen) {
     for (MoveWatermarkLabel *label : mUi->watermarkTxtLabels) {
         label->hide();
     }
-    for (const WatermarkCell &cell : watermark_cells(size(), mText.arrangement_mode)) {
+    for (const WatermarkCell &cell : watermark_cells(screen, mText.arrangement_mode)) {
         MoveWatermarkLabel &label = *mUi->watermarkTxtLabels[cell.label];
         label.setVirtualScreen(cell.virtualScreen);
         label.setActualScreen(cell.actualScreen);
@@ -157,11 +157,11 @@ void MainWindow::layOutTexts() {
     }
 }
 
-void MainWindow::layOutPictures() {
+void MainWindow::layOutPictures(const QSize &screen) {
     for (MoveImageLabel *label : mUi->watermarkImgLabels) {
         label->hide();
     }
-    for (const WatermarkCell &cell : watermark_cells(size(), mPicture.arramode)) {
+    for (const WatermarkCell &cell : watermark_cells(screen, mPicture.arramode)) {
         MoveImageLabel &label = *mUi->watermarkImgLabels[cell.label];
         label.setVirtualScreen(cell.virtualScreen);
         label.setActualScreen(cell.actualScreen);
@@ -180,7 +180,7 @@ void MainWindow::dispWatermarkTxt() {
     MAINWINDOW_DEBUG("\t x=%d y=%d contet=%.256s angle=%d arrangement_mode=%d\n", t.x, t.y,
                      t.contet, t.angle, t.arrangement_mode);
     MAINWINDOW_DEBUG("\t en=%d speed=%d direction=%d\n", t.en, t.speed, t.direction);
-    layOutTexts();
+    layOutTexts(size());
 }
 
 void MainWindow::dispWatermarkImage() {
@@ -190,7 +190,7 @@ void MainWindow::dispWatermarkImage() {
                      p.visible, p.x, p.y, p.w, p.h, p.alpha, p.sizemode, p.angle, p.arramode);
     MAINWINDOW_DEBUG("\ten=%d speed=%d direction=%d file=%.256s\n", p.en, p.speed, p.direction,
                      p.file);
-    layOutPictures();
+    layOutPictures(size());
 }
 
 void MainWindow::dispWatermarkDot() {

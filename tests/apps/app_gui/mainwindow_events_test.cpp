@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <QDateTime>
+#include <QResizeEvent>
 #include <QTemporaryDir>
 #include <climits>
 #include <random>
@@ -152,6 +153,15 @@ TEST_F(MainWindowEvents, AResizeLaysTheWatermarksOutAnew) {
     EXPECT_EQ(textLabel(8).pos(), QPoint(910, 512));
 }
 
+TEST_F(MainWindowEvents, AResizeTakesTheSizeThatItsEventNames) {
+    send(UPDATE_WATERMARK_OSD_EVENT, watermark(3));
+    QResizeEvent event(QSize(1366, 768), window.size());
+    QCoreApplication::sendEvent(&window, &event);
+    EXPECT_EQ(shownTexts(), 9);
+    EXPECT_EQ(textLabel(1).pos(), QPoint(455, 0));
+    EXPECT_EQ(textLabel(8).pos(), QPoint(910, 512));
+}
+
 TEST_F(MainWindowEvents, AnEqualWatermarkPictureIsReadAgain) {
     const QTemporaryDir folder;
     const QString path = folder.filePath("mark.png");
@@ -203,6 +213,22 @@ TEST_F(MainWindowEvents, ASwitchToAnInvalidModeIsRefused) {
         EXPECT_EQ(window.splitFlag, 4) << mode;
         EXPECT_EQ(window.maxWndNum, 4) << mode;
     }
+}
+
+TEST_F(MainWindowEvents, ARefusedSwitchStillUpdatesTheLabelsAndRepaints) {
+    sendNumber(SWITCH_SPLIT_EVENT, 4);
+    send(UPDATE_VIDEOOUTPUT_OSD_EVENT, osd(1, 1, "camera"), 63);
+    show();
+    PaintLog paints(&window);
+    osdLabel(63).hide();
+    osdLabel(63).move(5, 6);
+    settle();
+    paints.clear();
+    sendNumber(SWITCH_SPLIT_EVENT, 30);
+    EXPECT_FALSE(osdLabel(63).isHidden());
+    EXPECT_EQ(osdLabel(63).pos(), QPoint(960, 0));
+    settle();
+    EXPECT_EQ(paints.count, 1);
 }
 
 TEST_F(MainWindowEvents, ASwitchToAUserLayoutTakesItsCountEvenIfItsTextHoldsFewer) {
@@ -297,6 +323,24 @@ TEST_F(MainWindowEvents, ALayoutThatIsNotCurrentIsOnlyStored) {
 
 // ---- 1006: audio window -------------------------------------------------------------------------
 
+TEST_F(MainWindowEvents, OnlyAChangeOfTheCurrentUserLayoutRepaints) {
+    const char *const text = "0,0,4096,4096,0";
+    sendLayout(1, 1, text);
+    sendNumber(SWITCH_SPLIT_EVENT, 27);
+    show();
+    struct {
+        int layout;
+        const char *text;
+        int paints;
+    } const cases[] = {{1, text, 0}, {0, text, 0}, {1, "0,0,100,100,0", 1}};
+    for (const auto &c : cases) {
+        PaintLog paints(&window);
+        sendLayout(c.layout, 1, c.text);
+        settle();
+        EXPECT_EQ(paints.count, c.paints) << c.layout << " " << c.text;
+    }
+}
+
 TEST_F(MainWindowEvents, TheAudioWindowOfAUserLayoutTakesItsColourWhenLinesAreBuilt) {
     sendDisplay(1, "#00FF00", "#FF0000");
     sendLayout(0, 2, "0,0,4096,4096,0;4096,0,4096,4096,0");
@@ -339,6 +383,16 @@ TEST_F(MainWindowEvents, AnAudioWindowOfAnyNumberIsTaken) {
     }
     sendNumber(SELECT_AO_WINDOW_EVENT, 0);
     EXPECT_EQ(borders().pixel(5, 0), qRgb(255, 0, 0));
+}
+
+TEST_F(MainWindowEvents, TheSameAudioWindowAgainRepaints) {
+    sendNumber(SWITCH_SPLIT_EVENT, 4);
+    sendNumber(SELECT_AO_WINDOW_EVENT, 2);
+    show();
+    PaintLog paints(&window);
+    sendNumber(SELECT_AO_WINDOW_EVENT, 2);
+    settle();
+    EXPECT_EQ(paints.count, 1);
 }
 
 // ---- 1008 and the types that are nobody's -------------------------------------------------------
@@ -532,6 +586,7 @@ TEST_F(MainWindowEvents, OnlyTheFirstEntryOfAWindowThatNamesItsSourceFollows) {
     hidden.visible = 0;
     send(UPDATE_VIDEOOUTPUT_OSD_EVENT, hidden, 6);
     send(UPDATE_VIDEO_SOURCE_EVENT, source(1, 0, 3), 1);
+    EXPECT_EQ(text(6), "");
     EXPECT_EQ(text(7), "Video_in:49");
 }
 
@@ -705,6 +760,26 @@ TEST_F(MainWindowEvents, TheDotRepaintsEvenWhereItsDirectionDoesNotMoveIt) {
     settle();
     EXPECT_EQ(paints.count, 1);
     EXPECT_EQ(paints.region, QRegion(32, 32, 1, 1));
+}
+
+TEST_F(MainWindowEvents, TheDotRepaintsEvenWhereItIsOffTheScreen) {
+    WatermarkDotmatrixParameter record = {};
+    record.visible = 1;
+    record.en = 1;
+    show();
+    for (int x : {5032, INT_MAX}) {
+        record.step = 32 - x;  // direction 0 turns round at the left edge only
+        send(UPDATE_WATERMARK_DOT_EVENT, record);
+        settle();
+        PaintLog paints(&window);
+        tick();
+        settle();
+        EXPECT_EQ(window.dotPosition(), QPoint(x, 32));
+        EXPECT_EQ(paints.count, 1) << x;
+        tick();
+        settle();
+        EXPECT_EQ(paints.count, 2) << x;
+    }
 }
 
 TEST_F(MainWindowEvents, TheSecondRefreshTimerAsksTheProcesssWindowForARefresh) {

@@ -3,7 +3,11 @@
 #include <gmock/gmock.h>
 
 #include <QDialog>
+#include <QTemporaryDir>
 #include <climits>
+#include <sstream>
+#include <string>
+#include <vector>
 
 #include "mainwindow_fixture.h"
 #include "window_server/qws_server.h"
@@ -47,6 +51,24 @@ TEST_F(MainWindowTest, StartsWithEveryLabelHidden) {
     for (int i = 0; i < 64; ++i) {
         EXPECT_TRUE(osdLabel(i).isHidden());
         EXPECT_EQ(osdLabel(i).text(), "");
+    }
+}
+
+TEST_F(MainWindowTest, GivesItsPictureLabelsTheWholeVirtualSpace) {
+    const QTemporaryDir folder;
+    const QByteArray path = folder.filePath("mark.png").toLocal8Bit();
+    QImage image(30, 20, QImage::Format_ARGB32);
+    image.fill(Qt::blue);
+    ASSERT_TRUE(image.save(QString::fromLocal8Bit(path)));
+    WatermarkPictureParameter record = {};
+    record.visible = 1;
+    record.x = 4096;
+    record.y = 2048;
+    set_text(record.file, path.constData());
+    for (int i = 0; i < 16; ++i) {
+        pictureLabel(i).setActualScreen(QRect(0, 0, 1000, 600));
+        pictureLabel(i).setImage(&record, 1);
+        EXPECT_EQ(pictureLabel(i).pos(), QPoint(500, 150)) << i;
     }
 }
 
@@ -265,6 +287,22 @@ TEST_F(MainWindowTest, StopsTheProcessWhenAListIsTooShort) {
 
 // ---- diagnostics --------------------------------------------------------------------------------
 
+/// The messages of the debug lines that `action` prints, in order, without what leads them in.
+template <class Action>
+std::vector<std::string> messages_of(const Action &action) {
+    testing::internal::CaptureStdout();
+    debug_mainwindow = 1;
+    action();
+    debug_mainwindow = 0;
+    std::istringstream printed(testing::internal::GetCapturedStdout());
+    std::vector<std::string> messages;
+    for (std::string line; std::getline(printed, line);) {
+        const size_t start = line.find(">: ");
+        messages.push_back(start == std::string::npos ? line : line.substr(start + 3));
+    }
+    return messages;
+}
+
 TEST_F(MainWindowTest, PrintsDebugLinesOnlyWhileTheSwitchIsOn) {
     testing::internal::CaptureStdout();
     window.switchSplit(2);
@@ -281,6 +319,59 @@ TEST_F(MainWindowTest, PrintsDebugLinesOnlyWhileTheSwitchIsOn) {
     }
     EXPECT_THAT(printed, testing::ContainsRegex("switchSplit:[0-9]+ splitFlag="));
     EXPECT_THAT(printed, testing::HasSubstr("<DEBUG file apps/app_gui/src/mainwindow_split.cpp, "));
+}
+
+TEST_F(MainWindowTest, PrintsItsRecordsAsItIsMade) {
+    EXPECT_THAT(
+        messages_of([] { MainWindow other; }),
+        testing::ElementsAre(
+            "===dispWatermarkImage===",
+            "visible=0 x=0 y=0 w=0 h=0 alpha=0 sizemode=0 angle=0 arramode=0",
+            "\ten=0 speed=0 direction=0 file=", "===dispWatermarkTxt===",
+            "visible=0 font=0 bold=0 stroke=0 forecolor= backcolor= forealpha=0 backalpha=0",
+            "\t x=0 y=0 contet= angle=0 arrangement_mode=0", "\t en=0 speed=0 direction=0",
+            "visible=0 color= alpha=0 en=0 speed=0 direction=0 text="));
+}
+
+TEST_F(MainWindowTest, PrintsWhatAnEventBrings) {
+    using testing::ElementsAre;
+    EXPECT_THAT(messages_of([this] { sendDisplay(3, "#0A141E", "#FF8000"); }),
+                ElementsAre("SET_AUDIO_COLOR_EVENT: ff:80:00", "SET_VIDEO_COLOR_EVENT: 0a:14:1e",
+                            "SET_BORDER_WIDTH_EVENT: 3"));
+    EXPECT_THAT(messages_of([this] { sendNumber(SWITCH_SPLIT_EVENT, 30); }),
+                ElementsAre("e->type() == SWITCH_SPLIT_EVENT", "split = 30"));
+    EXPECT_THAT(messages_of([this] { sendNumber(SWITCH_SPLIT_EVENT, 27); }),
+                ElementsAre("e->type() == SWITCH_SPLIT_EVENT", "split = 27", "splitFlag = 27, 26"));
+    EXPECT_THAT(messages_of([this] { sendNumber(SELECT_AO_WINDOW_EVENT, -1); }),
+                ElementsAre("SELECT_AO_WINDOW_EVENT: -1"));
+    WatermarkDotmatrixParameter dots = {};
+    dots.visible = 1;
+    dots.alpha = 9;
+    dots.speed = -2;
+    set_text(dots.color, "#123456");
+    set_text(dots.text, "dots");
+    EXPECT_THAT(messages_of([&] { send(UPDATE_WATERMARK_DOT_EVENT, dots); }),
+                ElementsAre("visible=1 color=#123456 alpha=9 en=0 speed=-2 direction=0 text=dots"));
+}
+
+TEST_F(MainWindowTest, PrintsWhereAnOsdLabelGoesAndWhenItsClockIsChecked) {
+    using testing::ElementsAre;
+    sendNumber(SWITCH_SPLIT_EVENT, 4);
+    VideoOutputOSDParameter clock = osd(1, 0, "yyyy");
+    clock.x = 4096;
+    // First the window's place, then the label's, each with the window's size.
+    EXPECT_THAT(messages_of([&] { send(UPDATE_VIDEOOUTPUT_OSD_EVENT, clock, 7); }),
+                ElementsAre("set vosd7", "rect1 4 4 x=960,y=0, w=960, h=540",
+                            "rect1 4 4 x=1440,y=0, w=960, h=540"));
+    EXPECT_THAT(messages_of([&] { send(UPDATE_VIDEOOUTPUT_OSD_EVENT, clock, 64); }),
+                ElementsAre("set vosd64"));
+    EXPECT_THAT(messages_of([this] { tick(); }), ElementsAre("check vosd7"));
+}
+
+TEST_F(MainWindowTest, PrintsItsNewSize) {
+    show();
+    const auto messages = messages_of([this] { window.resize(1366, 768); });
+    EXPECT_THAT(messages, testing::ElementsAre("=== resizeEvent start", "resizeEvent 1366x768"));
 }
 
 }  // namespace
