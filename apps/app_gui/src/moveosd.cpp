@@ -1,9 +1,12 @@
 #include "moveosd.h"
 
 #include <QDateTime>
+#include <QFont>
+#include <QHash>
 #include <QPainter>
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "label_geometry.h"
 #include "label_paint.h"
@@ -39,6 +42,23 @@ QString contentOf(const VideoOutputOSDParameter &record, const QString &url) {
             return {};
     }
 }
+
+/** Sizes of texts, of the clocks' first of all: most windows show the same one. */
+class TextSizes {
+public:
+    template <typename Measure>
+    QSize of(const QString &text, const QFont &font, Measure measure) {
+        const auto known = mSizes.constFind({text, font});
+        if (known != mSizes.constEnd()) return *known;
+        if (mSizes.size() >= kMost) mSizes.clear();
+        return *mSizes.insert({text, font}, measure());
+    }
+
+private:
+    /// Twice the number of labels, so that those of one tick fit.
+    static constexpr int kMost = 128;
+    QHash<std::pair<QString, QFont>, QSize> mSizes;
+};
 
 bool isAnchoredRight(const VideoOutputOSDParameter &record) {
     return record.corner == 1 || record.corner == 3;
@@ -109,6 +129,14 @@ void MoveOSDLabel::paintEvent(QPaintEvent *) {
         draw_text(painter, rect(), Qt::AlignLeft | Qt::AlignTop, text(), colors);
     }
     limitToRoom();
+}
+
+QSize MoveOSDLabel::sizeHint() const {
+    static TextSizes sizes;
+    ensurePolished();
+    // A label that never had a text has another size than one whose text is empty.
+    if (text().isEmpty()) return QLabel::sizeHint();
+    return sizes.of(text(), font(), [this] { return QLabel::sizeHint(); });
 }
 
 void MoveOSDLabel::limitToRoom() {

@@ -52,6 +52,9 @@ public:
      * edges. */
     void paintEvent(QPaintEvent *event) override;
 
+    /** Size of the text, measured once for all labels that show it in the same font. */
+    QSize sizeHint() const override;
+
 protected:
     void actualScreenChanged(const QRect &previous) override;
     void wasDragged() override { mMoved = true; }

@@ -64,11 +64,13 @@ bool MoveWatermarkLabel::setOSD(const WatermarkOSDParameter *param, int) {
 }
 
 void MoveWatermarkLabel::updateDateTime(const QDateTime &now) {
+    QString shown = text();
     if (mRecord.type1 == kSlotDateTime) {
-        showText(now.toString(record_text(mRecord.text1)));
+        shown = now.toString(record_text(mRecord.text1));
     } else if (mRecord.type2 == kSlotDateTime) {
-        showText(now.toString(record_text(mRecord.text2)));
+        shown = now.toString(record_text(mRecord.text2));
     }
+    showText(shown);
 }
 
 void MoveWatermarkLabel::updateText(const char *text) {
@@ -157,7 +159,7 @@ void MoveWatermarkLabel::actualScreenChanged(const QRect &) {
 
 void MoveWatermarkLabel::paintEvent(QPaintEvent *) {
     QPainter painter(this);
-    if (mRecord.angle != 0 && isOverTransparency()) {
+    if (mRecord.angle != 0 && mRecord.en != 0 && isOverTransparency()) {
         renderTurned();
         painter.drawImage(0, 0, mRendition.image);
     } else {

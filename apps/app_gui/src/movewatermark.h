@@ -37,7 +37,8 @@ public:
      */
     bool setOSD(const WatermarkOSDParameter *param, int index);
 
-    /** Replaces the whole text by this time in the format of the first slot that is of type 1. */
+    /** Replaces the whole text by this time in the format of the first slot that is of type 1, if
+     * there is one, and fits the label to its text. */
     void updateDateTime(const QDateTime &now);
     /** Replaces the whole text (UTF-8; null counts as empty). */
     void updateText(const char *text);
@@ -91,9 +92,13 @@ private:
     void measureIn(const QString &family, int points);
     QString wrappedSlot(const QString &text, int type, int limit) const;
     void wrapByMeasure(const QString &contet, int limit);
-    /** Where an image of the text gives the very pixels that painting it gives. */
+    /** Where an image of the text gives the pixels that painting it gives. */
     bool isOverTransparency() const;
-    /** Paints a turned text once into an image: a scroll step then only copies it. */
+    /**
+     * Paints a turned text once into an image, which a scroll step then only copies. For texts that
+     * scroll: where a turned glyph's edge falls between pixels, a few may be rounded otherwise than in
+     * place.
+     */
     void renderTurned();
     void paintText(QPainter &painter) const;
 

@@ -110,7 +110,8 @@ std::optional<QByteArray> picture_bytes(const QByteArray &path) {
         return {};
     }
     if (file.isSequential() || file.size() > kLargestFile) return {};
-    return file.read(kLargestFile);
+    // No more than there is: the room that is asked for is the room that is kept.
+    return file.read(file.size());
 }
 
 QImage decoded_picture(const QByteArray &bytes, const QByteArray &suffix) {

@@ -78,15 +78,16 @@ void copyToDevice(unsigned char *device, const uint32_t *painted, size_t count) 
 
 /// Translates pixel by pixel. Neighbours are often equal: a fill, the inside of a translucent
 /// panel.
-void writeTranslated(const PixelLayout &layout, const uint32_t *painted, unsigned char *device,
-                     size_t count) {
+template <typename Translation>
+void writeTranslated(const uint32_t *painted, unsigned char *device, size_t count,
+                     Translation translation) {
     uint32_t translated[kBlock];
     uint32_t last = 0;
     uint32_t lastTranslated = 0;
     for (size_t i = 0; i < count; ++i) {
         if (painted[i] != last) {
             last = painted[i];
-            lastTranslated = devicePixel(layout, last);
+            lastTranslated = translation(last);
         }
         translated[i] = lastTranslated;
     }
@@ -94,14 +95,14 @@ void writeTranslated(const PixelLayout &layout, const uint32_t *painted, unsigne
 }
 
 /// Channels in the painted order: stretches of plain blocks are copied as they are, in one go.
-void writeInPaintedOrder(const PixelLayout &layout, const uint32_t *painted, unsigned char *device,
-                         size_t count) {
+void writeInPaintedOrder(const uint32_t *painted, unsigned char *device, size_t count) {
     size_t plainFrom = 0;
     for (size_t at = 0; at < count; at += kBlock) {
         const size_t block = std::min(kBlock, count - at);
         if (isPlain(painted + at, block)) continue;
         copyToDevice(device + plainFrom * kPixelBytes, painted + plainFrom, at - plainFrom);
-        writeTranslated(layout, painted + at, device + at * kPixelBytes, block);
+        writeTranslated(painted + at, device + at * kPixelBytes, block,
+                        [](uint32_t pixel) { return qUnpremultiply(pixel); });
         plainFrom = at + block;
     }
     copyToDevice(device + plainFrom * kPixelBytes, painted + plainFrom, count - plainFrom);
@@ -114,7 +115,8 @@ void writeInOtherOrder(const PixelLayout &layout, const uint32_t *painted, unsig
         if (isClear(painted + at, block)) {
             std::memset(device + at * kPixelBytes, 0, block * kPixelBytes);
         } else {
-            writeTranslated(layout, painted + at, device + at * kPixelBytes, block);
+            writeTranslated(painted + at, device + at * kPixelBytes, block,
+                            [&layout](uint32_t pixel) { return devicePixel(layout, pixel); });
         }
     }
 }
@@ -142,7 +144,7 @@ void writeRow(const PixelLayout &layout, const uint32_t *painted, unsigned char 
     } else if (!layout.straight) {
         copyToDevice(device, painted, count);
     } else {
-        writeInPaintedOrder(layout, painted, device, count);
+        writeInPaintedOrder(painted, device, count);
     }
 }
 

@@ -345,6 +345,40 @@ TEST_F(OsdLabel, TheBoxHasTheBackColourAndTheCharactersTheForeColour) {
     EXPECT_EQ(mWindow.pixels().pixel(0, 0), qRgb(0, 0, 255));
 }
 
+TEST_F(OsdLabel, AnEmptyTextIsMeasuredForItsLabelAlone) {
+    VideoOutputOSDParameter record = textRecord("text");
+    mLabel.setOSD(&record, "");
+    mLabel.updateText("");
+    fill(record.content, "");
+    MoveOSDLabel fresh(&mWindow, false, false);
+    fresh.setActualScreen({0, 0, 960, 540});
+    fresh.setOSD(&record, "");
+    QLabel plain(&mWindow);
+    plain.setStyleSheet(fresh.styleSheet());
+    EXPECT_EQ(fresh.sizeHint(), plain.sizeHint()) << "never had a text";
+    plain.setText("text");
+    plain.setText("");
+    EXPECT_EQ(mLabel.sizeHint(), plain.sizeHint()) << "had one";
+}
+
+TEST_F(OsdLabel, ColoursThatAreNoneKeepTheirAlphas) {
+    for (const int stroke : {0, 1}) {
+        VideoOutputOSDParameter record = textRecord("text");
+        record.stroke = stroke;
+        fill(record.forecolor, "no colour");
+        fill(record.backcolor, "#12");
+        record.forealpha = record.backalpha = 0;
+        mLabel.setOSD(&record, "");
+        mLabel.checkIsVisible(true);
+        mWindow.settle();
+        EXPECT_EQ(mWindow.pixels(), emptyWindow()) << stroke << " transparent";
+        record.forealpha = record.backalpha = 100;
+        mLabel.setOSD(&record, "");
+        mWindow.settle();
+        EXPECT_NE(mWindow.pixels(), emptyWindow()) << stroke << " translucent black";
+    }
+}
+
 TEST_F(OsdLabel, MarkupIsShownAsItsCharacters) {
     VideoOutputOSDParameter record = textRecord("<img src='/etc/passwd'>");
     mLabel.setOSD(&record, "");

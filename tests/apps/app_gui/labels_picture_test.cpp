@@ -261,6 +261,14 @@ TEST_F(Picture, WhatIsNoRegularFileIsNotOpened) {
     EXPECT_TRUE(mLabel.pixmap().isNull());
 }
 
+TEST_F(Picture, AFilesBytesTakeNoMoreRoomThanTheFile) {
+    write(QByteArray(1000, 'x'), "small.png");
+    const std::optional<QByteArray> bytes = picture_bytes(path("small.png"));
+    ASSERT_TRUE(bytes);
+    EXPECT_EQ(*bytes, QByteArray(1000, 'x'));
+    EXPECT_LT(bytes->capacity(), 4096);
+}
+
 TEST_F(Picture, ALinkToAPictureIsFollowed) {
     save(gradient(5, 5));
     ASSERT_TRUE(QFile::link(mFolder.filePath("picture.png"), mFolder.filePath("link.png")));

@@ -309,6 +309,18 @@ TEST_F(WatermarkLabel, ATimeReplacesTheWholeText) {
     }
 }
 
+TEST_F(WatermarkLabel, ATimeFitsTheLabelToItsTextAlsoWhereItShowsNone) {
+    for (const int type1 : {0, 1}) {
+        WatermarkOSDParameter record = watermarkRecord("contet");
+        record.type1 = type1;
+        record.angle = 90;
+        mLabel.setOSD(&record, 1);
+        ASSERT_NE(mLabel.size(), mLabel.sizeHint()) << "a turned text's label is higher";
+        mLabel.updateDateTime(kNoon);
+        EXPECT_EQ(mLabel.size(), mLabel.sizeHint()) << type1;
+    }
+}
+
 TEST_F(WatermarkLabel, ATextFromOutsideReplacesTheWholeText) {
     WatermarkOSDParameter record = watermarkRecord("contet");
     mLabel.setOSD(&record, 1);
