@@ -8,6 +8,7 @@
 #include <nanomsg/survey.h>
 #include <pthread.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QApplication>
@@ -21,6 +22,8 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <string>
+#include <string_view>
 
 #include "command_protocol/command_protocol.h"
 #include "diagnostics.h"
@@ -40,6 +43,7 @@ namespace {
 
 constexpr const char *kProcess = "app_gui";
 constexpr const char *kMessageRoutine = "recv_msg_routine";
+constexpr std::string_view kScheme = "ipc://";
 constexpr const char *kCommandAddress = "ipc:///tmp/ipc/app_gui.command";
 constexpr const char *kKeepaliveAddress = "ipc:///tmp/ipc/keepalive";
 constexpr const char *kCodecAddress = "ipc:///tmp/ipc/app_codec.event";
@@ -83,12 +87,34 @@ bool subscribe_to_everything(int socket) {
     return false;
 }
 
+/**
+ * Whether what stands at a socket's path can make room for a new socket. nanomsg 1.1.5 removes a
+ * stale one before it binds and ends the whole process when that fails: so we look first.
+ */
+bool can_make_room(const std::string &path) {
+    struct stat file {};
+    if (lstat(path.c_str(), &file) != 0) return true;
+    if (S_ISDIR(file.st_mode)) return false;
+    const std::string folder = path.substr(0, path.rfind('/') + 1);
+    struct stat parent {};
+    if (stat(folder.c_str(), &parent) != 0 ||
+        faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0) {
+        return false;
+    }
+    // In a folder such as /tmp only the owners may remove a file.
+    const uid_t user = geteuid();
+    return (parent.st_mode & S_ISVTX) == 0 || user == 0 || user == file.st_uid ||
+           user == parent.st_uid;
+}
+
 bool bind_socket(int socket, const Endpoint &endpoint) {
     // Kept: the text with its scheme names no file, so a stale socket file stays for nanomsg to
     // judge.
     unlink(endpoint.address);
-    if (nn_bind(socket, endpoint.address) >= 0) return true;
-    MESSAGE_ERROR("nn_bind(%s) fail: %s\n", endpoint.address, last_error());
+    const bool possible = can_make_room(endpoint.address + kScheme.size());
+    if (possible && nn_bind(socket, endpoint.address) >= 0) return true;
+    MESSAGE_ERROR("nn_bind(%s) fail: %s\n", endpoint.address,
+                  possible ? last_error() : nn_strerror(EADDRINUSE));
     return false;
 }
 

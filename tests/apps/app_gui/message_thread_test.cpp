@@ -531,6 +531,18 @@ TEST_F(MessageThread, EndsWhereTheCommandAddressIsTaken) {
                      std::string(nn_strerror(EADDRINUSE)) + "\n"}));
 }
 
+TEST_F(MessageThread, EndsWithItsLineWhereAFolderStandsAtTheCommandAddress) {
+    // nanomsg would try to remove it, fail, and end the whole process.
+    const std::string path = std::string(kCommand).substr(std::string("ipc://").size());
+    ASSERT_EQ(mkdir(path.c_str(), 0755), 0);
+    Device process(root);
+    EXPECT_TRUE(process.output->wait_for("thread returned null\n"));
+    EXPECT_TRUE(process.errors->wait_for("\033[0m"));
+    EXPECT_THAT(process.errors->seen, HasSubstr("nn_bind(" + std::string(kCommand) +
+                                                ") fail: " + nn_strerror(EADDRINUSE) + "\n"));
+    EXPECT_EQ(rmdir(path.c_str()), 0);
+}
+
 TEST_F(MessageThread, ServesInPlaceOfAStaleSocketFile) {
     const int stale = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_un address = {};
