@@ -16,7 +16,17 @@ build_packages=(
 device_packages=(bubblewrap proot fonts-dejavu-core fonts-droid-fallback iproute2)
 
 # shellcheck disable=SC2034
-test_packages=(libgtest-dev libgmock-dev binutils nanomsg-utils python3 python3-jsonschema)
+test_packages=(libgtest-dev libgmock-dev binutils busybox groff-base nanomsg-utils python3 python3-jsonschema)
+
+# libFuzzer and its sanitizers. Those of --sanitize come with g++.
+# shellcheck disable=SC2034
+fuzz_packages=(clang libclang-rt-dev)
+
+# The Debian packages and their check.
+# shellcheck disable=SC2034
+deb_packages=(debhelper dpkg-dev lintian)
+# shellcheck disable=SC2034
+check_package_packages=(mmdebstrap util-linux)
 
 package_is_installed() {
     [ "$(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null)" = installed ]

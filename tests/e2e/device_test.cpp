@@ -11,6 +11,10 @@ vdevice::DeviceOptions sampleDevice() {
     options.program = E2E_APP_GUI;
     options.shim = E2E_FBEMU;
     options.config = E2E_CONFIG;
+#ifdef __SANITIZE_THREAD__
+    // The shim answers for mmap(), which ThreadSanitizer calls before it can bear to be called.
+    options.environment["LD_PRELOAD"] = "libtsan.so.2 " E2E_FBEMU;
+#endif
     return options;
 }
 

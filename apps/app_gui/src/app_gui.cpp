@@ -8,7 +8,6 @@
 #include <nanomsg/survey.h>
 #include <pthread.h>
 #include <sys/prctl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QApplication>
@@ -22,9 +21,8 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <string>
-#include <string_view>
 
+#include "app_gui_sockets.h"
 #include "command_protocol/command_protocol.h"
 #include "diagnostics.h"
 #include "encoderapp.h"
@@ -43,7 +41,6 @@ namespace {
 
 constexpr const char *kProcess = "app_gui";
 constexpr const char *kMessageRoutine = "recv_msg_routine";
-constexpr std::string_view kScheme = "ipc://";
 constexpr const char *kCommandAddress = "ipc:///tmp/ipc/app_gui.command";
 constexpr const char *kKeepaliveAddress = "ipc:///tmp/ipc/keepalive";
 constexpr const char *kCodecAddress = "ipc:///tmp/ipc/app_codec.event";
@@ -87,31 +84,11 @@ bool subscribe_to_everything(int socket) {
     return false;
 }
 
-/**
- * Whether what stands at a socket's path can make room for a new socket. nanomsg 1.1.5 removes a
- * stale one before it binds and ends the whole process when that fails: so we look first.
- */
-bool can_make_room(const std::string &path) {
-    struct stat file {};
-    if (lstat(path.c_str(), &file) != 0) return true;
-    if (S_ISDIR(file.st_mode)) return false;
-    const std::string folder = path.substr(0, path.rfind('/') + 1);
-    struct stat parent {};
-    if (stat(folder.c_str(), &parent) != 0 ||
-        faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0) {
-        return false;
-    }
-    // In a folder such as /tmp only the owners may remove a file.
-    const uid_t user = geteuid();
-    return (parent.st_mode & S_ISVTX) == 0 || user == 0 || user == file.st_uid ||
-           user == parent.st_uid;
-}
-
 bool bind_socket(int socket, const Endpoint &endpoint) {
     // Kept: the text with its scheme names no file, so a stale socket file stays for nanomsg to
     // judge.
     unlink(endpoint.address);
-    const bool possible = can_make_room(endpoint.address + kScheme.size());
+    const bool possible = can_make_room(path_of(endpoint.address));
     if (possible && nn_bind(socket, endpoint.address) >= 0) return true;
     MESSAGE_ERROR("nn_bind(%s) fail: %s\n", endpoint.address,
                   possible ? last_error() : nn_strerror(EADDRINUSE));
@@ -178,10 +155,10 @@ void serve_slot(int socket, const Endpoint &endpoint) {
 }
 
 /**
- * Finds connecting sockets that nanomsg has given up on. When a publisher closes right after
- * sending, version 1.1.5 can leave the peer's socket neither connected nor trying to: it has no
- * connection, and the count of failed attempts, which grows some ten times a second while a peer is
- * away, stands still.
+ * Finds connecting sockets that nanomsg has given up on. When a peer closes right after its
+ * greeting or its message, version 1.1.5 can leave our socket neither connected nor trying to:
+ * there is no connection (its own count of them may still say one), and the count of failed
+ * attempts, which grows some ten times a second while a peer is away, stands still.
  */
 class ConnectionWatch {
 public:
@@ -200,7 +177,8 @@ private:
     static constexpr uint64_t kConnected = UINT64_MAX;
 
     void check_slot(size_t slot, int *socket) {
-        const bool connected = nn_get_statistic(*socket, NN_STAT_CURRENT_CONNECTIONS) > 0;
+        const bool connected = nn_get_statistic(*socket, NN_STAT_CURRENT_CONNECTIONS) > 0 &&
+                               has_connection(path_of(kEndpoints[slot].address));
         const uint64_t failed =
             connected ? kConnected : nn_get_statistic(*socket, NN_STAT_CONNECT_ERRORS);
         const bool stands_still = !connected && failed == failed_attempts_[slot];

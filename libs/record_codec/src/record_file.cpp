@@ -149,7 +149,8 @@ bool write_all(int fd, const std::string &text) {
     while (done < text.size()) {
         const ssize_t size = ::write(fd, text.data() + done, text.size() - done);
         if (size < 0 && errno == EINTR) continue;
-        if (size < 0) return false;
+        if (size == 0) errno = ENOSPC;  // or this would never end
+        if (size <= 0) return false;
         done += static_cast<size_t>(size);
     }
     return true;

@@ -152,10 +152,10 @@ void EvdevMouse::add(const QString &path, int descriptor) {
     m_sources.push_back(std::make_unique<EvdevSource>(path, descriptor, handle));
 }
 
-QStringList mousePaths(const QString &specification) {
+QStringList mousePaths(const QString &sources) {
     const QLatin1String kind("evdev:");
     QStringList paths;
-    for (const QString &part : specification.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+    for (const QString &part : sources.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
         const QString source = part.trimmed();
         if (source.startsWith(kind, Qt::CaseInsensitive) && source.size() > kind.size()) {
             paths << source.mid(kind.size());

@@ -76,9 +76,8 @@ private:
     std::vector<std::unique_ptr<EvdevSource>> m_sources;
 };
 
-/** The paths in a specification such as "evdev:/dev/input/event3,evdev:/tmp/mouse"; others are
- * left. */
-QStringList mousePaths(const QString &specification);
+/** The paths in a list such as "evdev:/dev/input/event3,evdev:/tmp/mouse"; others are left. */
+QStringList mousePaths(const QString &sources);
 
 /** Every /dev/input/event*, sorted. */
 QStringList inputDevices();

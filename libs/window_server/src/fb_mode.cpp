@@ -103,8 +103,8 @@ fb_var_screeninfo modeRequest(const fb_var_screeninfo &current, int width, int h
     return request;
 }
 
-std::string devicePath(const char *specification) {
-    const std::string text = specification ? specification : "";
+std::string devicePath(const char *display) {
+    const std::string text = display ? display : "";
     const size_t colon = text.find(":/");
     return colon == std::string::npos ? "/dev/fb0" : text.substr(colon + 1);
 }

@@ -45,11 +45,11 @@ std::optional<FbMode> readMode(const fb_var_screeninfo &var, const fb_fix_screen
 fb_var_screeninfo modeRequest(const fb_var_screeninfo &current, int width, int height);
 
 /**
- * The device in a display specification: "linuxFB:/dev/fb1" gives "/dev/fb1", as do options between
+ * The device in a display text: "linuxFB:/dev/fb1" gives "/dev/fb1", as do options between
  * the colons. The part from the first '/' that follows a colon counts.
- * @param specification  may be null. @return "/dev/fb0" where no device is named.
+ * @param display  may be null. @return "/dev/fb0" where no device is named.
  */
-std::string devicePath(const char *specification);
+std::string devicePath(const char *display);
 
 }  // namespace qws
 

@@ -128,12 +128,13 @@ void FbScreen::takeGeometry(const QSize &size) {
 }
 
 void FbScreen::copy(const QRegion &region, const QImage &image, const QPoint &origin) {
+    const uchar *pixels = image.constBits();
+    const qsizetype lineLength = image.bytesPerLine();
     for (const QRect &rect : region) {
-        const int left = rect.left() - origin.x();
-        for (int y = rect.top(); y <= rect.bottom(); ++y) {
-            const auto *row =
-                reinterpret_cast<const uint32_t *>(image.constScanLine(y - origin.y()));
-            m_device.write(rect.left(), y, row + left, rect.width());
+        const QPoint from = rect.topLeft() - origin;
+        const uchar *row = pixels + from.y() * lineLength + from.x() * sizeof(QRgb);
+        for (int y = rect.top(); y <= rect.bottom(); ++y, row += lineLength) {
+            m_device.write(rect.left(), y, reinterpret_cast<const uint32_t *>(row), rect.width());
         }
     }
 }

@@ -26,12 +26,12 @@ void FbBackingStore::beginPaint(const QRegion &region) {
     m_painting.start();
     lock();
     uchar *pixels = mImage.bits();
-    for (const QRect &rect : region.intersected(mImage.rect())) {
-        const size_t left = static_cast<size_t>(rect.left()) * sizeof(QRgb);
+    const qsizetype lineLength = mImage.bytesPerLine();
+    for (const QRect &rect : region &mImage.rect()) {
         const size_t bytes = static_cast<size_t>(rect.width()) * sizeof(QRgb);
-        for (int y = rect.top(); y <= rect.bottom(); ++y) {
-            std::memset(pixels + y * mImage.bytesPerLine() + left, 0, bytes);
-        }
+        uchar *run = pixels + rect.top() * lineLength + rect.left() * sizeof(QRgb);
+        for (int y = rect.top(); y <= rect.bottom(); ++y, run += lineLength)
+            std::memset(run, 0, bytes);
     }
 }
 

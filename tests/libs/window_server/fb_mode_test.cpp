@@ -142,9 +142,9 @@ TEST(FbMode, ARequestFromAnotherDepthNamesTheChannels) {
     EXPECT_EQ(8u, request.transp.length);
 }
 
-TEST(FbMode, TheDeviceIsFoundInTheDisplaySpecification) {
+TEST(FbMode, TheDeviceIsFoundInTheDisplayName) {
     const struct {
-        const char *specification;
+        const char *display;
         const char *device;
     } rows[] = {
         {"linuxFB:/dev/fb1", "/dev/fb1"},
@@ -156,7 +156,7 @@ TEST(FbMode, TheDeviceIsFoundInTheDisplaySpecification) {
         {"linuxFB:/tmp/a:b", "/tmp/a:b"},
     };
     for (const auto &row : rows)
-        EXPECT_EQ(row.device, devicePath(row.specification));
+        EXPECT_EQ(row.device, devicePath(row.display));
 }
 
 }  // namespace

@@ -62,6 +62,18 @@ TEST(PixelRows, StraightColoursAreWhatQtMakesOfThemForEveryAlphaAndColour) {
     }
 }
 
+TEST(PixelRows, ColoursBrighterThanTheirAlphaAreWhatQtMakesOfThemToo) {
+    std::mt19937 random(3);
+    std::vector<uint32_t> painted(4099);
+    for (uint32_t &pixel : painted)
+        pixel = static_cast<uint32_t>(random());
+    std::vector<uint32_t> device(painted.size());
+    writeRow(PixelLayout(), painted.data(), reinterpret_cast<unsigned char *>(device.data()),
+             painted.size());
+    for (size_t i = 0; i < painted.size(); ++i)
+        ASSERT_EQ(qUnpremultiply(painted[i]), device[i]) << std::hex << painted[i];
+}
+
 /// Stretches of transparent, opaque, translucent and any pixels, of random length.
 std::vector<uint32_t> mixedRow(std::mt19937 *random, size_t count) {
     std::vector<uint32_t> row;

@@ -35,13 +35,16 @@ void keep_visible(SandboxPlan &plan, const std::string &path) {
 std::map<std::string, std::string> program_environment(const DeviceOptions &options,
                                                        SandboxKind kind) {
     std::map<std::string, std::string> all = {{"PATH", "/usr/sbin:/usr/bin:/sbin:/bin"}};
-    for (const char *name : {"TZ", "UBSAN_OPTIONS", "LSAN_OPTIONS", "ASAN_OPTIONS"}) {
+    for (const char *name :
+         {"TZ", "UBSAN_OPTIONS", "LSAN_OPTIONS", "ASAN_OPTIONS", "TSAN_OPTIONS"}) {
         const char *value = std::getenv(name);
         if (value != nullptr) all[name] = value;
     }
     // The shim is loaded before a sanitizer's library and replaces nothing that one relies on.
     std::string &asan = all["ASAN_OPTIONS"];
     asan += (asan.empty() ? "" : ":") + std::string("verify_asan_link_order=0");
+    // Under proot the process is traced already, and LeakSanitizer could not trace it to look.
+    if (kind == SandboxKind::kProot) asan += ":detect_leaks=0";
     if (!options.shim.empty()) {
         all["FBEMU_DIE_WITH_PARENT"] = "1";
         // proot 5.1 does not translate the paths of statx(), which Qt uses.

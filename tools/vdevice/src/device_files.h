@@ -12,7 +12,7 @@ namespace vdevice {
 
 struct DeviceFiles {
     std::string program;             ///< app_gui beside this executable
-    std::string shim;                ///< libfbemu.so, in ../lib or ../lib/<architecture>
+    std::string shim;                ///< libfbemu.so, in ../lib or <libdir>/app_gui
     std::string config;              ///< the sample configuration
     std::vector<std::string> fonts;  ///< of the system: Latin, its bold face, Chinese
 };
