@@ -1,14 +1,18 @@
 #include "label_paint.h"
 
+#include <QCoreApplication>
 #include <QFontMetricsF>
+#include <QGlyphRun>
 #include <QHash>
 #include <QPainter>
+#include <QRawFont>
 #include <QTextLayout>
 #include <algorithm>
 #include <cmath>
 #include <memory>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -17,11 +21,24 @@ constexpr int kPenWidth = 1;
 constexpr Qt::Alignment kTopLeft = Qt::AlignLeft | Qt::AlignTop;
 
 /** Texts that need no more than characters side by side and lines below each other. */
-bool isPrintableAscii(const QString &text) {
-    return std::all_of(text.begin(), text.end(), [](QChar character) {
+bool is_simple(const QString &text) {
+    return !text.isEmpty() && std::all_of(text.begin(), text.end(), [](QChar character) {
         return character == QLatin1Char('\n') ||
                (character >= QLatin1Char(' ') && character <= QLatin1Char('~'));
     });
+}
+
+/** One drawn sign of a text. */
+struct Glyph {
+    quint32 index;  ///< in the text's font
+    QPointF position;
+    QRectF box;  ///< what it covers, from the text's top left corner on
+};
+
+bool operator==(const Glyph &a, const Glyph &b) {
+    // Exactly equal: signs a fraction of a pixel apart differ.
+    return a.index == b.index && a.position.x() == b.position.x() &&
+           a.position.y() == b.position.y();
 }
 
 /** A text whose characters are placed, from its top left corner on. */
@@ -30,7 +47,24 @@ struct PlacedText {
 
     QTextLayout layout;
     QSizeF size;
+    std::vector<Glyph> glyphs;  ///< none where they come from several fonts
 };
+
+std::vector<Glyph> glyphs_of(const QTextLayout &layout) {
+    std::vector<Glyph> glyphs;
+    QRawFont font;
+    for (const QGlyphRun &run : layout.glyphRuns()) {
+        if (!glyphs.empty() && run.rawFont() != font) return {};
+        font = run.rawFont();
+        const QList<quint32> indexes = run.glyphIndexes();
+        const QList<QPointF> positions = run.positions();
+        for (int i = 0; i < indexes.size(); ++i) {
+            const QRectF box = font.boundingRect(indexes[i]).translated(positions[i]);
+            glyphs.push_back({indexes[i], positions[i], box});
+        }
+    }
+    return glyphs;
+}
 
 /** As QPainter::drawText() places the lines of a text: each begins on a whole pixel. */
 std::unique_ptr<PlacedText> placed(QString text, const QFont &font) {
@@ -55,6 +89,7 @@ std::unique_ptr<PlacedText> placed(QString text, const QFont &font) {
     }
     result->layout.endLayout();
     result->size = QSizeF(width, height);
+    result->glyphs = glyphs_of(result->layout);
     return result;
 }
 
@@ -71,6 +106,7 @@ public:
         if (mTexts.size() >= kMost) mTexts.clear();
         return *mTexts.emplace(key, placed(text, font)).first->second;
     }
+    void clear() { mTexts.clear(); }
 
 private:
     using Key = std::pair<QString, QFont>;
@@ -81,6 +117,17 @@ private:
     static constexpr size_t kMost = 128;
     std::unordered_map<Key, std::unique_ptr<PlacedText>, Hash> mTexts;
 };
+
+/** They hold fonts, which end before the application object does. */
+PlacedTexts &placed_texts() {
+    static PlacedTexts texts;
+    static const bool clearedAtEnd = [] {
+        qAddPostRoutine([] { placed_texts().clear(); });
+        return true;
+    }();
+    Q_UNUSED(clearedAtEnd);
+    return texts;
+}
 
 /** QPainter::drawText() at the top left of `rect`, with what is already placed. */
 void drawPlaced(QPainter &painter, const QRect &rect, const PlacedText &text) {
@@ -95,14 +142,33 @@ void drawPlaced(QPainter &painter, const QRect &rect, const PlacedText &text) {
 }
 
 void drawAligned(QPainter &painter, const QRect &rect, int alignment, const QString &text) {
-    static PlacedTexts texts;
-    const bool simple = alignment == static_cast<int>(kTopLeft) && !text.isEmpty() &&
-                        painter.layoutDirection() == Qt::LeftToRight && isPrintableAscii(text);
+    const bool simple = alignment == static_cast<int>(kTopLeft) && is_simple(text) &&
+                        painter.layoutDirection() == Qt::LeftToRight;
     if (simple) {
-        drawPlaced(painter, rect, texts.of(text, painter.font()));
+        drawPlaced(painter, rect, placed_texts().of(text, painter.font()));
     } else {
         painter.drawText(rect, alignment, text);
     }
+}
+
+/** The columns that signs cover which only one of the texts has there; `all` when they are not
+ * known. */
+QRect changed_columns(const PlacedText &before, const PlacedText &after, const QRect &all) {
+    if (before.glyphs.empty() || after.glyphs.empty()) return all;
+    const auto head = std::mismatch(before.glyphs.begin(), before.glyphs.end(),
+                                    after.glyphs.begin(), after.glyphs.end());
+    const auto tail = std::mismatch(before.glyphs.rbegin(), std::make_reverse_iterator(head.first),
+                                    after.glyphs.rbegin(), std::make_reverse_iterator(head.second));
+    QRectF changed;
+    for (auto glyph = head.first; glyph != tail.first.base(); ++glyph)
+        changed |= glyph->box;
+    for (auto glyph = head.second; glyph != tail.second.base(); ++glyph)
+        changed |= glyph->box;
+    if (changed.isEmpty()) return all;
+    // Outlines, and edges that are rounded to whole pixels and made smooth.
+    constexpr int kBeyond = kPenWidth + 2;
+    const QRect columns = changed.toAlignedRect().adjusted(-kBeyond, 0, kBeyond, 0);
+    return QRect(all.left() + columns.left(), all.top(), columns.width(), all.height()) & all;
 }
 
 }  // namespace
@@ -117,7 +183,7 @@ QColor record_color(const QByteArray &name, int alpha) {
 void draw_text(QPainter &painter, const QRect &rect, int alignment, const QString &text,
                const TextColors &colors) {
     // Pens, because a painter that is handed a colour of no name drops its alpha.
-    if (colors.outlined) {
+    if (colors.outlined && colors.back.alpha() != 0) {
         painter.setPen(QPen(colors.back, kPenWidth));
         for (const QPoint offset : {QPoint(-1, -1), QPoint(1, -1), QPoint(1, 1), QPoint(-1, 1)}) {
             drawAligned(painter, rect.translated(offset), alignment, text);
@@ -125,4 +191,13 @@ void draw_text(QPainter &painter, const QRect &rect, int alignment, const QStrin
     }
     painter.setPen(QPen(colors.fore, kPenWidth));
     drawAligned(painter, rect, alignment, text);
+}
+
+QRect changed_part(const QRect &rect, const QString &before, const QString &after,
+                   const QFont &font) {
+    if (!is_simple(before) || !is_simple(after)) return rect;
+    PlacedTexts &texts = placed_texts();
+    texts.of(before, font);  // both are to be held at once
+    const PlacedText &shown = texts.of(after, font);
+    return changed_columns(texts.of(before, font), shown, rect);
 }

@@ -9,6 +9,7 @@
 
 #include <QByteArray>
 #include <QColor>
+#include <QFont>
 #include <QRect>
 #include <QString>
 
@@ -41,5 +42,12 @@ TextColors record_colors(const Record &record) {
  */
 void draw_text(QPainter &painter, const QRect &rect, int alignment, const QString &text,
                const TextColors &colors);
+
+/**
+ * What of `rect` draws otherwise when a text at its top left, outlined or not, becomes another one;
+ * where that is not known, all of it. A clock's second hand changes two characters of many.
+ */
+QRect changed_part(const QRect &rect, const QString &before, const QString &after,
+                   const QFont &font);
 
 #endif

@@ -28,6 +28,29 @@ constexpr MoveLabelKind kPictureKind = {true, false, false};
 constexpr MoveLabelKind kOsdKind = {false, true, false};
 constexpr MoveLabelKind kWatermarkTextKind = {false, false, true};
 
+/**
+ * While it lives, what is done to the widget marks none of its pixels for painting. Whoever holds
+ * the updates marks those that differ.
+ */
+class HeldUpdates {
+public:
+    explicit HeldUpdates(QWidget &widget) : mWidget(widget), mEnabled(widget.updatesEnabled()) {
+        hold(true);
+    }
+    ~HeldUpdates() { hold(false); }
+    HeldUpdates(const HeldUpdates &) = delete;
+    HeldUpdates &operator=(const HeldUpdates &) = delete;
+
+private:
+    // Not setUpdatesEnabled(), which marks the whole widget when it enables them again.
+    void hold(bool held) {
+        if (mEnabled) mWidget.setAttribute(Qt::WA_UpdatesDisabled, held);
+    }
+
+    QWidget &mWidget;
+    const bool mEnabled;
+};
+
 /** A label that stays in its actual screen. Its text is plain, never markup. */
 class MoveLabel : public QLabel {
 public:

@@ -1,5 +1,6 @@
 #include "moveosd.h"
 
+#include <QCoreApplication>
 #include <QDateTime>
 #include <QFont>
 #include <QHash>
@@ -53,12 +54,24 @@ public:
         if (mSizes.size() >= kMost) mSizes.clear();
         return *mSizes.insert({text, font}, measure());
     }
+    void clear() { mSizes.clear(); }
 
 private:
     /// Twice the number of labels, so that those of one tick fit.
     static constexpr int kMost = 128;
     QHash<std::pair<QString, QFont>, QSize> mSizes;
 };
+
+/** They hold fonts, which end before the application object does. */
+TextSizes &textSizes() {
+    static TextSizes sizes;
+    static const bool clearedAtEnd = [] {
+        qAddPostRoutine([] { textSizes().clear(); });
+        return true;
+    }();
+    Q_UNUSED(clearedAtEnd);
+    return sizes;
+}
 
 bool isAnchoredRight(const VideoOutputOSDParameter &record) {
     return record.corner == 1 || record.corner == 3;
@@ -91,11 +104,23 @@ void MoveOSDLabel::updateURLInfo(const QString &url) {
 
 void MoveOSDLabel::updateText(const QString &text) {
     const int previousWidth = width();
-    setText(text);
+    showText(text);
     adjustSize();
     if (width() == previousWidth || !isAnchoredRight(mRecord)) return;
     const int64_t rightEdge = room_after(mRecord.x, screen_width(actualScreen()));
     move(corner_at(rightEdge - width() + actualScreen().left(), y()));
+}
+
+void MoveOSDLabel::showText(const QString &text) {
+    const QString before = this->text();
+    {
+        const HeldUpdates held(*this);
+        setText(text);
+    }
+    if (before == text || !isVisible()) return;
+    const QFont font(paintFont(mRecord.bold != 0, pointSize()), this);
+    const bool fromLeft = layoutDirection() == Qt::LeftToRight;
+    update(fromLeft ? changed_part(rect(), before, text, font) : rect());
 }
 
 int MoveOSDLabel::getActualFontSize(int font, int size) const {
@@ -125,18 +150,18 @@ void MoveOSDLabel::paintEvent(QPaintEvent *) {
         painter.setRenderHint(QPainter::TextAntialiasing);
         painter.setFont(paintFont(mRecord.bold != 0, pointSize()));
         const TextColors colors = record_colors(mRecord);
-        if (!colors.outlined) painter.fillRect(rect(), colors.back);
+        const bool boxed = !colors.outlined && colors.back.alpha() != 0;
+        if (boxed) painter.fillRect(rect(), colors.back);
         draw_text(painter, rect(), Qt::AlignLeft | Qt::AlignTop, text(), colors);
     }
     limitToRoom();
 }
 
 QSize MoveOSDLabel::sizeHint() const {
-    static TextSizes sizes;
     ensurePolished();
     // A label that never had a text has another size than one whose text is empty.
     if (text().isEmpty()) return QLabel::sizeHint();
-    return sizes.of(text(), font(), [this] { return QLabel::sizeHint(); });
+    return textSizes().of(text(), font(), [this] { return QLabel::sizeHint(); });
 }
 
 void MoveOSDLabel::limitToRoom() {

@@ -62,6 +62,8 @@ protected:
 private:
     int pointSize() const { return getActualFontSize(mRecord.font, mRecord.size); }
     void applyFontStyle();
+    /** Sets the text and marks the characters that change for painting. */
+    void showText(const QString &text);
     void limitToRoom();
 
     bool mMoved = false;  ///< a drag has moved the label at least once

@@ -1,7 +1,9 @@
 #include "movewatermark.h"
 
 #include <QDateTime>
+#include <QPaintEvent>
 #include <QPainter>
+#include <algorithm>
 #include <cstring>
 
 #include "label_geometry.h"
@@ -49,6 +51,36 @@ QPoint centreOf(const QSize &size) {
     return {(size.width() - 1) / 2, (size.height() - 1) / 2};
 }
 
+/** The columns of some of an image's rows that hold pixels which are not transparent. */
+QRect painted_in_rows(const QImage &image, int top, int rows) {
+    int first = image.width();
+    int last = -1;
+    for (int y = top; y < top + rows; ++y) {
+        const auto *row = reinterpret_cast<const QRgb *>(image.constScanLine(y));
+        int left = 0;
+        while (left < first && row[left] == 0)
+            ++left;
+        int right = image.width() - 1;
+        while (right > last && row[right] == 0)
+            --right;
+        first = std::min(first, left);
+        last = std::max(last, right);
+    }
+    return {QPoint(first, top), QPoint(last, top + rows - 1)};
+}
+
+/** Bands that hold all pixels of the image that are not transparent: a few, because painting costs
+ * by the rectangle as well. */
+QRegion painted_bands(const QImage &image) {
+    constexpr int kLeastRows = 16;
+    constexpr int kMostBands = 32;
+    const int rows = std::max(kLeastRows, (image.height() + kMostBands - 1) / kMostBands);
+    QRegion bands;
+    for (int top = 0; top < image.height(); top += rows)
+        bands += painted_in_rows(image, top, std::min(rows, image.height() - top));
+    return bands;
+}
+
 }  // namespace
 
 MoveWatermarkLabel::MoveWatermarkLabel(QWidget *parent, bool movable)
@@ -80,7 +112,15 @@ void MoveWatermarkLabel::updateText(const char *text) {
 void MoveWatermarkLabel::showText(const QString &text) {
     setText(text);
     adjustSize();
-    update();
+    updatePlace();
+}
+
+void MoveWatermarkLabel::updatePlace() {
+    if (parentWidget() == nullptr) {
+        update();
+    } else if (isVisible()) {
+        parentWidget()->update(geometry());
+    }
 }
 
 int MoveWatermarkLabel::getActualFontSize(int font, int size) const {
@@ -112,7 +152,7 @@ void MoveWatermarkLabel::layOut(const QString &first, const QString &second) {
     adjustSize();
     if (width() > limit) wrapByMeasure(contet, limit);
     if (mRecord.angle % 360 != 0) resize(width(), turned_height(size(), mRecord.angle));
-    update();
+    updatePlace();
     mLayout = {mRecord, actualScreen(), first, second, text(), size(), font()};
 }
 
@@ -150,37 +190,64 @@ bool MoveWatermarkLabel::checkIsVisible(bool show) {
 void MoveWatermarkLabel::checkAndMove(int tick) {
     if (mRecord.visible != 1 || !moves_on(tick, mRecord.speed)) return;
     if (showsClock(mRecord)) creatRealTxtResize();
-    if (mRecord.en != 0) scroll(mRecord.direction, mRecord.step);
+    if (mRecord.en != 0) scrollText();
+}
+
+void MoveWatermarkLabel::scrollText() {
+    QWidget *parent = parentWidget();
+    if (parent == nullptr || !isVisible() || !isRendered() || !isRenditionCurrent()) {
+        scroll(mRecord.direction, mRecord.step);
+        return;
+    }
+    const QPoint before = pos();
+    {
+        const HeldUpdates label(*this);
+        const HeldUpdates window(*parent);
+        scroll(mRecord.direction, mRecord.step);
+    }
+    if (pos() == before) return;
+    parent->update(mRendition.painted.translated(before) + mRendition.painted.translated(pos()));
 }
 
 void MoveWatermarkLabel::actualScreenChanged(const QRect &) {
     creatRealTxtResize();
 }
 
-void MoveWatermarkLabel::paintEvent(QPaintEvent *) {
+void MoveWatermarkLabel::paintEvent(QPaintEvent *event) {
     QPainter painter(this);
-    if (mRecord.angle != 0 && mRecord.en != 0 && isOverTransparency()) {
-        renderTurned();
-        painter.drawImage(0, 0, mRendition.image);
-    } else {
+    if (!isRendered()) {
         paintText(painter);
+        return;
+    }
+    renderTurned();
+    // Within one rectangle an image is copied at once, else row by row by several threads.
+    for (const QRect &part : event->region() & mRendition.painted) {
+        painter.setClipRect(part);
+        painter.drawImage(part, mRendition.image, part);
     }
 }
 
-bool MoveWatermarkLabel::isOverTransparency() const {
-    return window()->testAttribute(Qt::WA_TranslucentBackground);
+bool MoveWatermarkLabel::isRendered() const {
+    return mRecord.angle != 0 && mRecord.en != 0 &&
+           window()->testAttribute(Qt::WA_TranslucentBackground);
+}
+
+bool MoveWatermarkLabel::isRenditionCurrent() const {
+    return mRendition.text == text() && mRendition.image.size() == size() &&
+           mRendition.font == paintFont(mRecord.bold != 0, pointSize()) &&
+           isSame(mRendition.record, mRecord);
 }
 
 void MoveWatermarkLabel::renderTurned() {
-    const QFont font = paintFont(mRecord.bold != 0, pointSize());
-    if (mRendition.text == text() && mRendition.image.size() == size() && mRendition.font == font &&
-        isSame(mRendition.record, mRecord)) {
-        return;
+    if (isRenditionCurrent()) return;
+    QImage image(size(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    {
+        QPainter painter(&image);
+        paintText(painter);
     }
-    mRendition = {text(), font, mRecord, QImage(size(), QImage::Format_ARGB32_Premultiplied)};
-    mRendition.image.fill(Qt::transparent);
-    QPainter painter(&mRendition.image);
-    paintText(painter);
+    const QFont font = paintFont(mRecord.bold != 0, pointSize());
+    mRendition = {text(), font, mRecord, image, painted_bands(image)};
 }
 
 void MoveWatermarkLabel::paintText(QPainter &painter) const {

@@ -10,6 +10,7 @@
 #include <QFont>
 #include <QFontMetrics>
 #include <QImage>
+#include <QRegion>
 #include <QString>
 
 #include "movelabel.h"
@@ -83,21 +84,29 @@ private:
         QFont font;
         WatermarkOSDParameter record{};
         QImage image;
+        QRegion painted;  ///< holds all pixels of the image that are not transparent
     };
 
     int pointSize() const { return getActualFontSize(mRecord.font, mRecord.size); }
     void showText(const QString &text);
+    /** Marks the label's place for painting, which stays where it is when the label moves on. */
+    void updatePlace();
     bool isLaidOut(const QString &first, const QString &second) const;
     void layOut(const QString &first, const QString &second);
     void measureIn(const QString &family, int points);
     QString wrappedSlot(const QString &text, int type, int limit) const;
     void wrapByMeasure(const QString &contet, int limit);
-    /** Where an image of the text gives the pixels that painting it gives. */
-    bool isOverTransparency() const;
+    /** Moves the label one step. Of a rendered text only what is not transparent is painted anew:
+     * turned, it leaves most of the label's box empty. */
+    void scrollText();
+    /** Whether the text is turned and scrolls where an image of it gives the pixels that painting
+     * it gives. */
+    bool isRendered() const;
+    bool isRenditionCurrent() const;
     /**
      * Paints a turned text once into an image, which a scroll step then only copies. For texts that
-     * scroll: where a turned glyph's edge falls between pixels, a few may be rounded otherwise than in
-     * place.
+     * scroll: where a turned glyph's edge falls between pixels, a few may be rounded otherwise than
+     * in place.
      */
     void renderTurned();
     void paintText(QPainter &painter) const;

@@ -17,25 +17,6 @@ constexpr size_t kPixelBytes = sizeof(uint32_t);
 /// cache, and a fixed number, so that the compiler makes vector code of the loops over them.
 constexpr size_t kBlock = 64;
 
-/// Opaque and fully transparent pixels are the same with straight and with premultiplied alpha. As
-/// signed numbers the opaque ones are the last below 0: two comparisons tell them all.
-bool isPlain(const uint32_t *pixels, size_t count) {
-    constexpr int32_t kFirstOpaque = -0x1000000;
-    int32_t mixed = 0;
-    const auto judge = [&mixed](uint32_t pixel) {
-        const auto number = static_cast<int32_t>(pixel);
-        mixed |= -static_cast<int32_t>(number > 0) | -static_cast<int32_t>(number < kFirstOpaque);
-    };
-    if (count == kBlock) {
-        for (size_t i = 0; i < kBlock; ++i)
-            judge(pixels[i]);
-    } else {
-        for (size_t i = 0; i < count; ++i)
-            judge(pixels[i]);
-    }
-    return mixed == 0;
-}
-
 bool isClear(const uint32_t *pixels, size_t count) {
     uint32_t any = 0;
     if (count == kBlock) {
@@ -54,22 +35,107 @@ bool isPaintedOrder(const PixelLayout &layout) {
            layout.blue == painted.blue && layout.alpha == painted.alpha;
 }
 
-/// Copies to the device past the cache, where the processor can: what is never read again would
-/// only drive the painted pixels out of it, and each line would be fetched before it is
-/// overwritten.
+#ifdef __SSE2__
+/// Rows of at least as many pixels are stored past the cache: what is never read again would only
+/// drive the painted pixels out of it, and each line would be fetched before it is overwritten. Of
+/// a narrow row too many lines are stored in part, which costs more past the cache than in it.
+constexpr size_t kWideRow = 512;
+
+using Vector = __m128i;
+constexpr size_t kVectorPixels = sizeof(Vector) / kPixelBytes;
+constexpr size_t kLinePixels = 64 / kPixelBytes;
+
+bool holdsEverywhere(Vector comparison) {
+    return _mm_movemask_epi8(comparison) == 0xFFFF;
+}
+
+/// The pixels before the first that a whole vector may be stored at; all where there is none.
+size_t pixelsToAlignment(const unsigned char *device, size_t count) {
+    const size_t past = reinterpret_cast<uintptr_t>(device) % sizeof(Vector);
+    if (past % kPixelBytes != 0) return count;
+    return past == 0 ? 0 : std::min(count, (sizeof(Vector) - past) / kPixelBytes);
+}
+
+/// Stores to an aligned place, past the cache or not.
+void store(unsigned char *device, Vector pixels, bool pastCache) {
+    auto *place = reinterpret_cast<Vector *>(device);
+    if (pastCache) {
+        _mm_stream_si128(place, pixels);
+    } else {
+        _mm_store_si128(place, pixels);
+    }
+}
+
+Vector load(const uint32_t *painted) {
+    return _mm_loadu_si128(reinterpret_cast<const Vector *>(painted));
+}
+
+/// All bits set in the opaque and the clear pixels, which stay as they are.
+Vector plainPixels(Vector pixels) {
+    const Vector opaque = _mm_cmpeq_epi32(_mm_srli_epi32(pixels, 24), _mm_set1_epi32(0xFF));
+    return _mm_or_si128(opaque, _mm_cmpeq_epi32(pixels, _mm_setzero_si128()));
+}
+
+/// Whether the pixels of a cache line are all plain.
+bool isPlainLine(const uint32_t *painted) {
+    Vector plain = plainPixels(load(painted));
+    for (size_t at = kVectorPixels; at < kLinePixels; at += kVectorPixels)
+        plain = _mm_and_si128(plain, plainPixels(load(painted + at)));
+    return holdsEverywhere(plain);
+}
+
+/// The straight colours of one channel: what qUnpremultiply() computes. All products are below
+/// 2^24, and so exact.
+Vector straightChannel(Vector channel, __m128 factors) {
+    const Vector product = _mm_cvttps_epi32(_mm_mul_ps(_mm_cvtepi32_ps(channel), factors));
+    return _mm_srli_epi32(_mm_add_epi32(product, _mm_set1_epi32(0x8000)), 16);
+}
+
+Vector factorsOf(const uint32_t *painted) {
+    const auto factor = [painted](size_t i) {
+        return static_cast<int>(qt_inv_premul_factor[qAlpha(painted[i])]);
+    };
+    return _mm_set_epi32(factor(3), factor(2), factor(1), factor(0));
+}
+
+/// A vector of pixels with straight colours.
+Vector unpremultiplied(const uint32_t *painted) {
+    const Vector pixels = load(painted);
+    const Vector low = _mm_set1_epi32(0xFF);
+    const Vector alpha = _mm_srli_epi32(pixels, 24);
+    const Vector red = _mm_and_si128(_mm_srli_epi32(pixels, 16), low);
+    const Vector green = _mm_and_si128(_mm_srli_epi32(pixels, 8), low);
+    const Vector blue = _mm_and_si128(pixels, low);
+    const Vector brightest = _mm_max_epi16(red, _mm_max_epi16(green, blue));
+    if (_mm_movemask_epi8(_mm_cmpgt_epi32(brightest, alpha)) != 0) {
+        // No premultiplied colours; painting makes none.
+        return _mm_set_epi32(static_cast<int>(qUnpremultiply(painted[3])),
+                             static_cast<int>(qUnpremultiply(painted[2])),
+                             static_cast<int>(qUnpremultiply(painted[1])),
+                             static_cast<int>(qUnpremultiply(painted[0])));
+    }
+    const __m128 factors = _mm_cvtepi32_ps(factorsOf(painted));
+    const Vector colours =
+        _mm_or_si128(_mm_slli_epi32(straightChannel(red, factors), 16),
+                     _mm_or_si128(_mm_slli_epi32(straightChannel(green, factors), 8),
+                                  straightChannel(blue, factors)));
+    return _mm_or_si128(_mm_slli_epi32(alpha, 24), colours);
+}
+#endif
+
+/// Copies a wide row to the device past the cache, where the processor can.
 void copyToDevice(unsigned char *device, const uint32_t *painted, size_t count) {
 #ifdef __SSE2__
-    constexpr size_t kVector = sizeof(__m128i) / kPixelBytes;
-    while (count > 0 && reinterpret_cast<uintptr_t>(device) % sizeof(__m128i) != 0) {
-        if (reinterpret_cast<uintptr_t>(device) % kPixelBytes != 0) break;
-        std::memcpy(device, painted++, kPixelBytes);
-        device += kPixelBytes;
-        --count;
-    }
-    if (reinterpret_cast<uintptr_t>(device) % sizeof(__m128i) == 0) {
-        for (; count >= kVector; count -= kVector, painted += kVector, device += sizeof(__m128i)) {
-            _mm_stream_si128(reinterpret_cast<__m128i *>(device),
-                             _mm_loadu_si128(reinterpret_cast<const __m128i *>(painted)));
+    if (count >= kWideRow) {
+        const size_t first = pixelsToAlignment(device, count);
+        std::memcpy(device, painted, first * kPixelBytes);
+        device += first * kPixelBytes;
+        painted += first;
+        count -= first;
+        for (; count >= kVectorPixels; count -= kVectorPixels) {
+            store(device, load(painted), true);
+            painted += kVectorPixels;
+            device += sizeof(Vector);
         }
     }
 #endif
@@ -94,6 +160,67 @@ void writeTranslated(const uint32_t *painted, unsigned char *device, size_t coun
     copyToDevice(device, translated, count);
 }
 
+void writeStraight(const uint32_t *painted, unsigned char *device, size_t count) {
+    writeTranslated(painted, device, count, [](uint32_t pixel) { return qUnpremultiply(pixel); });
+}
+
+#ifdef __SSE2__
+/// Writes `count` pixels to an aligned place: whole vectors, the neighbours of which are often
+/// equal.
+void writeVectors(const uint32_t *painted, unsigned char *device, size_t count, bool pastCache) {
+    Vector last = _mm_setzero_si128();
+    Vector lastStraight = last;
+    for (size_t at = 0; at < count; at += kVectorPixels) {
+        const Vector pixels = load(painted + at);
+        if (!holdsEverywhere(_mm_cmpeq_epi32(pixels, last))) {
+            last = pixels;
+            lastStraight =
+                holdsEverywhere(plainPixels(pixels)) ? pixels : unpremultiplied(painted + at);
+        }
+        store(device + at * kPixelBytes, lastStraight, pastCache);
+    }
+}
+
+/// Channels in the painted order: most lines are plain.
+void writeInPaintedOrder(const uint32_t *painted, unsigned char *device, size_t count) {
+    const bool pastCache = count >= kWideRow;
+    const size_t first = pixelsToAlignment(device, count);
+    for (size_t at = 0; at < first; at += kBlock)
+        writeStraight(painted + at, device + at * kPixelBytes, std::min(kBlock, first - at));
+    size_t at = first;
+    for (; count - at >= kLinePixels; at += kLinePixels) {
+        if (isPlainLine(painted + at)) {
+            for (size_t i = at; i < at + kLinePixels; i += kVectorPixels)
+                store(device + i * kPixelBytes, load(painted + i), pastCache);
+        } else {
+            writeVectors(painted + at, device + at * kPixelBytes, kLinePixels, pastCache);
+        }
+    }
+    const size_t rest = (count - at) / kVectorPixels * kVectorPixels;
+    writeVectors(painted + at, device + at * kPixelBytes, rest, pastCache);
+    at += rest;
+    writeStraight(painted + at, device + at * kPixelBytes, count - at);
+}
+#else
+/// Opaque and fully transparent pixels are the same with straight and with premultiplied alpha. As
+/// signed numbers the opaque ones are the last below 0: two comparisons tell them all.
+bool isPlain(const uint32_t *pixels, size_t count) {
+    constexpr int32_t kFirstOpaque = -0x1000000;
+    int32_t mixed = 0;
+    const auto judge = [&mixed](uint32_t pixel) {
+        const auto number = static_cast<int32_t>(pixel);
+        mixed |= -static_cast<int32_t>(number > 0) | -static_cast<int32_t>(number < kFirstOpaque);
+    };
+    if (count == kBlock) {
+        for (size_t i = 0; i < kBlock; ++i)
+            judge(pixels[i]);
+    } else {
+        for (size_t i = 0; i < count; ++i)
+            judge(pixels[i]);
+    }
+    return mixed == 0;
+}
+
 /// Channels in the painted order: stretches of plain blocks are copied as they are, in one go.
 void writeInPaintedOrder(const uint32_t *painted, unsigned char *device, size_t count) {
     size_t plainFrom = 0;
@@ -101,12 +228,12 @@ void writeInPaintedOrder(const uint32_t *painted, unsigned char *device, size_t 
         const size_t block = std::min(kBlock, count - at);
         if (isPlain(painted + at, block)) continue;
         copyToDevice(device + plainFrom * kPixelBytes, painted + plainFrom, at - plainFrom);
-        writeTranslated(painted + at, device + at * kPixelBytes, block,
-                        [](uint32_t pixel) { return qUnpremultiply(pixel); });
+        writeStraight(painted + at, device + at * kPixelBytes, block);
         plainFrom = at + block;
     }
     copyToDevice(device + plainFrom * kPixelBytes, painted + plainFrom, count - plainFrom);
 }
+#endif
 
 void writeInOtherOrder(const PixelLayout &layout, const uint32_t *painted, unsigned char *device,
                        size_t count) {

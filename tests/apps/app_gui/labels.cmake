@@ -9,6 +9,7 @@ app_gui_test(labels_watermark_test
     LIBS app_gui_core)
 # The host's addresses are the test's own.
 target_link_options(labels_watermark_test PRIVATE -Wl,--wrap=get_host_lan_para)
+app_gui_test(labels_dirty_test SOURCES labels_dirty_test.cpp gui_main.cpp LIBS app_gui_core)
 app_gui_test(labels_picture_test SOURCES labels_picture_test.cpp gui_main.cpp LIBS app_gui_core)
 app_gui_test(labels_differential_test
     SOURCES labels_differential_test.cpp gui_main.cpp
