@@ -8,13 +8,14 @@ set(install_rpath "")
 if(NOT CMAKE_INSTALL_PREFIX MATCHES "^/(usr)?/?$")
     file(RELATIVE_PATH lib_from_bin ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
     set(install_rpath "$ORIGIN/${lib_from_bin}")
-    set_target_properties(record_codec command_protocol PROPERTIES INSTALL_RPATH "$ORIGIN")
+    set_target_properties(record_codec command_protocol stream_guard PROPERTIES
+        INSTALL_RPATH "$ORIGIN")
 endif()
 set_target_properties(app_gui app_guictl vdevice PROPERTIES INSTALL_RPATH "${install_rpath}")
 
 install(TARGETS app_gui app_guictl
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
-install(TARGETS record_codec command_protocol
+install(TARGETS record_codec command_protocol stream_guard
     EXPORT app_gui_targets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         COMPONENT runtime NAMELINK_COMPONENT dev)
@@ -24,12 +25,13 @@ install(TARGETS vdevice
 install(TARGETS fbemu
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/app_gui COMPONENT tools)
 
-foreach(library record_codec command_protocol)
+foreach(library record_codec command_protocol stream_guard)
     install(DIRECTORY ${PROJECT_SOURCE_DIR}/libs/${library}/include/
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev FILES_MATCHING PATTERN "*.h")
 endforeach()
 
-# find_package(app_gui) offers app_gui::record_codec and app_gui::command_protocol.
+# find_package(app_gui) offers app_gui::record_codec, app_gui::command_protocol and
+# app_gui::stream_guard.
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/app_gui)
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/app_gui-config.cmake.in
     ${PROJECT_BINARY_DIR}/app_gui-config.cmake

@@ -29,6 +29,13 @@ using vdevice::Milliseconds;
 
 constexpr char kCommandFile[] = "/ipc/app_gui.command";
 
+#if defined(__SANITIZE_ADDRESS__)
+// The sanitizer keeps what was freed.
+constexpr long kMostKiB = 400 << 10;
+#else
+constexpr long kMostKiB = 64 << 10;
+#endif
+
 /** A Unix stream socket, closed at the end. */
 class Stream {
 public:
@@ -74,6 +81,23 @@ public:
         // The other side may have closed already: that is its right.
         (void)::send(fd_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
     }
+    /** The bytes, and so many descriptors with them. */
+    void sendWithDescriptors(const std::string &bytes, size_t count) const {
+        const std::vector<int> descriptors(count, fd_);
+        std::vector<char> control(CMSG_SPACE(count * sizeof(int)));
+        iovec place{const_cast<char *>(bytes.data()), bytes.size()};
+        msghdr message{};
+        message.msg_iov = &place;
+        message.msg_iovlen = 1;
+        message.msg_control = control.data();
+        message.msg_controllen = control.size();
+        cmsghdr *rights = CMSG_FIRSTHDR(&message);
+        rights->cmsg_level = SOL_SOCKET;
+        rights->cmsg_type = SCM_RIGHTS;
+        rights->cmsg_len = CMSG_LEN(count * sizeof(int));
+        std::memcpy(CMSG_DATA(rights), descriptors.data(), count * sizeof(int));
+        (void)::sendmsg(fd_, &message, MSG_NOSIGNAL);
+    }
     /** Exactly `size` bytes; fewer when the other side closes or nothing comes for two seconds. */
     std::string received(size_t size) const {
         const timeval patience{2, 0};
@@ -88,14 +112,14 @@ private:
     int fd_;
 };
 
-/** First bytes of a connection: who speaks (0x30 requester, 0x62 surveyor). */
+/** First bytes of a connection: who speaks (0x20 publisher, 0x30 requester, 0x62 surveyor). */
 std::string greeting(char protocol) {
     return std::string("\0SP\0\0", 5) + protocol + std::string(2, '\0');
 }
 
-/** A message's length in front of it. */
-std::string frame(uint64_t length) {
-    std::string bytes = "\1";
+/** What stands in front of a message: its type, 1, and its length. */
+std::string frame(uint64_t length, char type = 1) {
+    std::string bytes(1, type);
     for (int shift = 56; shift >= 0; shift -= 8) {
         bytes += static_cast<char>(length >> shift & 0xff);
     }
@@ -104,6 +128,22 @@ std::string frame(uint64_t length) {
 
 std::string framed(const std::string &message) {
     return frame(message.size()) + message;
+}
+
+/** What a peer may send behind a proper greeting that no peer should. */
+std::vector<std::string> badFrames() {
+    return {
+        frame(0, 2),
+        frame(5, 0) + "hello",
+        frame(5, '\xff') + "hello",
+        framed("") + frame(1, 2) + "x",
+        framed("hello").substr(0, 3) + framed("hello"),
+        frame(UINT64_MAX) + "x",
+        frame(uint64_t{1} << 63) + "x",
+        frame((8u << 20) + 1) + "x",
+        frame(8u << 20) + "x",
+        frame(8u << 20).substr(0, 8),
+    };
 }
 
 int descriptorsOf(vdevice::Device &device) {
@@ -133,31 +173,35 @@ protected:
 
 TEST_F(BadConnections, ByTheThousandLeaveOthersServedAndNothingOpen) {
     const std::string request = std::string("\x80\0\0\1", 4);
-    const std::string openings[] = {
+    std::vector<std::string> openings = {
         "",
         std::string("\0S", 2),
         "GET / HTTP/1.1\r\n\r\n",
         greeting(0x30),
         greeting(0x10),
-        greeting(0x30) + frame(UINT64_MAX) + "x",
-        greeting(0x30) + frame(8u << 20) + "x",
         greeting(0x30) + framed(""),
         greeting(0x30) + framed("abc"),
         greeting(0x30) + framed(std::string(400, '\0')),
         greeting(0x30) + framed(request + "{"),
         greeting(0x30) + framed(request + R"({"jsonrpc":"2.0","id":1,"method":"Keepalive"})"),
     };
+    for (const std::string &bad : badFrames()) {
+        openings.push_back(greeting(0x30) + bad);
+    }
     expectServed(*device);
     const int before = descriptorsOf(*device);
+    std::vector<Stream> kept;
     std::mt19937 random(3);
     for (int i = 0; i < 3900; ++i) {
         std::string bytes = openings[i % std::size(openings)];
-        // Not behind a whole greeting: nanomsg 1.1.5 ends the process when a frame of another type
-        // than a message's follows one.
-        if (i % 5 == 0 && bytes.size() < greeting(0x30).size()) bytes += std::to_string(random());
-        Stream::connectedTo(commandSocket()).send(bytes);
+        if (i % 5 == 0) bytes += std::to_string(random());
+        // Most stay until they have been read, some go at once.
+        kept.push_back(Stream::connectedTo(commandSocket()));
+        kept.back().send(bytes);
         if (i % 100 == 0) expectServed(*device);
+        if (i % 100 == 0 || i % 7 == 0) kept.clear();
     }
+    kept.clear();
     expectServed(*device);
     EXPECT_TRUE(
         vdevice::wait_until([&] { return descriptorsOf(*device) <= before; }, Milliseconds(5000)))
@@ -175,6 +219,90 @@ TEST_F(BadConnections, HalfOpenOnesAreKeptBesideTheOthers) {
     expectServed(*device);
 }
 
+TEST_F(BadConnections, ThatBringDescriptorsLeaveNoneOfThemOpen) {
+    expectServed(*device);
+    const int before = descriptorsOf(*device);
+    std::vector<Stream> kept;
+    for (const std::string &bytes :
+         {greeting(0x30), greeting(0x30) + framed("hello"), greeting(0x30) + frame(7),
+          std::string("\0S", 2), std::string("GET / HTTP/1.1")}) {
+        for (int i = 0; i < 10; ++i) {
+            kept.push_back(Stream::connectedTo(commandSocket()));
+            // nanomsg 1.1.5 would close the first of them.
+            kept.back().sendWithDescriptors(bytes, 50);
+            kept.back().sendWithDescriptors("x", 50);
+        }
+        expectServed(*device);
+    }
+    EXPECT_LE(descriptorsOf(*device), before + static_cast<int>(kept.size()));
+    kept.clear();
+    EXPECT_TRUE(
+        vdevice::wait_until([&] { return descriptorsOf(*device) <= before; }, Milliseconds(5000)))
+        << descriptorsOf(*device) << " descriptors in place of " << before;
+}
+
+/** A line of the process's /proc status in KiB. */
+long statusKiB(vdevice::Device &device, const std::string &name) {
+    std::ifstream status("/proc/" + std::to_string(device.pid()) + "/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.rfind(name + ":", 0) == 0) return std::stol(line.substr(name.size() + 1));
+    }
+    ADD_FAILURE() << "no " << name;
+    return 0;
+}
+
+TEST_F(BadConnections, ThatAnnounceGigabytesCostAFewMegabytes) {
+    constexpr int kConnections = 500;
+    constexpr size_t kAnnounced = 8u << 20;
+    const std::string request = R"({"jsonrpc":"2.0","id":1,"method":"Keepalive"})";
+    const std::string large = request + std::string((1u << 20) - request.size(), ' ');
+    const auto answered = [&] {
+        return vdevice::CommandClient(device->commandAddress())
+            .request(large, Milliseconds(1000))
+            .has_value();
+    };
+    // What a large message costs once is there before.
+    ASSERT_TRUE(answered());
+    const long peak = statusKiB(*device, "VmPeak"), resident = statusKiB(*device, "VmRSS");
+    const std::string all_but_the_end =
+        greeting(0x30) + frame(kAnnounced) + std::string(kAnnounced - 1, 'x');
+    std::vector<Stream> kept;
+    for (int i = 0; i < kConnections; ++i) {
+        kept.push_back(Stream::connectedTo(commandSocket()));
+        kept.back().send(i % 2 == 0 ? all_but_the_end.substr(0, 20) : all_but_the_end);
+        if (i % 50 == 0) expectServed(*device);
+    }
+    expectServed(*device);
+    EXPECT_LT(statusKiB(*device, "VmPeak") - peak, kMostKiB);
+    EXPECT_LT(statusKiB(*device, "VmRSS") - resident, kMostKiB);
+    // They are all still there, and give way.
+    EXPECT_TRUE(vdevice::wait_until(answered, Milliseconds(20000)));
+    EXPECT_THAT(device->standardError(), HasSubstr("connections ended: "));
+}
+
+TEST_F(BadConnections, OfHugeAnswersThatNobodyReadsCostAFewMegabytes) {
+    constexpr int kConnections = 24;
+    std::string batch = "[";
+    for (int i = 0; i < 500; ++i) {
+        batch += request("GetVideoOutputOSDParameter", {{"Channel", -1}}) + ",";
+    }
+    batch.back() = ']';
+    const std::string message = framed(std::string("\x80\0\0\1", 4) + batch);
+    const auto reply = device->request(batch, Milliseconds(10000));
+    ASSERT_TRUE(reply);
+    ASSERT_GT(reply->size(), 6u << 20);
+    const long before = statusKiB(*device, "VmRSS");
+    std::vector<Stream> deaf;
+    for (int i = 0; i < kConnections; ++i) {
+        deaf.push_back(Stream::connectedTo(commandSocket()));
+        deaf.back().send(greeting(0x30) + message);
+        // So that one is served after the other.
+        EXPECT_EQ(deaf.back().received(8), greeting(0x31));
+        expectServed(*device);
+    }
+    EXPECT_LT(statusKiB(*device, "VmRSS") - before, kMostKiB);
+}
+
 TEST_F(BadConnections, OfAnswersThatNobodyReadsHoldNobodyUp) {
     const std::string get =
         std::string("\x80\0\0\1", 4) + request("GetVideoOutputOSDParameter", {{"Channel", -1}});
@@ -185,6 +313,28 @@ TEST_F(BadConnections, OfAnswersThatNobodyReadsHoldNobodyUp) {
     }
     expectServed(*device);
 }
+
+/** A device one of whose peers, by its socket's name, is a bare socket: what that says and when it
+ *  goes is up to the test. */
+struct BarePeer {
+    explicit BarePeer(const std::string &name) {
+        EXPECT_NE(mkdtemp(folder_), nullptr);
+        const std::string path = std::string(folder_) + "/" + name;
+        listener_ = std::make_unique<Stream>(Stream::boundTo(path));
+        listener_->listenHere();
+        vdevice::DeviceOptions options = sampleDevice();
+        options.binds.push_back({path, "/tmp/ipc/" + name, true});
+        start(device_, options);
+    }
+    ~BarePeer() {
+        device_.stop();
+        fs::remove_all(folder_);
+    }
+
+    char folder_[32] = "/tmp/peer.XXXXXX";
+    std::unique_ptr<Stream> listener_;
+    vdevice::Device device_;
+};
 
 // ---- events -------------------------------------------------------------------------------------
 
@@ -220,25 +370,58 @@ TEST(BadPublishers, ThatSpeakThreeTimesAndGoAreHeardWhenTheyStay) {
     }
 }
 
+TEST(BadPublishers, OfAnyBytesAreLeftForTheNextOneThatPublishesProperly) {
+    const std::string hello = greeting(0x20);
+    std::vector<std::string> openings = {"", "GET / HTTP/1.1", greeting(0x62), hello + framed("")};
+    for (const std::string &bad : badFrames()) {
+        openings.push_back(hello + bad);
+    }
+    for (const char *name : {"app_codec.event", "app_stream.event"}) {
+        BarePeer peer(name);
+        const auto hears = [&](int width) {
+            return vdevice::wait_until([&] { return borderWidth(peer.device_) == width; },
+                                       Milliseconds(5000));
+        };
+        for (const std::string &bytes : openings) {
+            SCOPED_TRACE(name + (": " + testing::PrintToString(bytes)));
+            const Stream publisher = peer.listener_->accepted();
+            publisher.send(bytes);
+            EXPECT_EQ(publisher.received(8), greeting(0x21));
+            expectServed(peer.device_);
+            if (HasFatalFailure()) return;
+        }
+        const Stream proper = peer.listener_->accepted();
+        proper.send(hello + framed(setBorderWidth(7)));
+        EXPECT_TRUE(hears(7)) << name;
+        // What comes before the offence of a bad one counts.
+        proper.send(framed(setBorderWidth(6)) + frame(0, 2));
+        EXPECT_TRUE(hears(6)) << name;
+        const Stream next = peer.listener_->accepted();
+        next.send(hello + framed(setBorderWidth(5)));
+        EXPECT_TRUE(hears(5)) << name;
+    }
+}
+
+TEST(BadPublishers, OfTheStreamsLeaveTheCodecsHeard) {
+    BarePeer peer("app_stream.event");
+    for (const std::string &bad : badFrames()) {
+        const Stream publisher = peer.listener_->accepted();
+        publisher.send(greeting(0x20) + bad);
+        EXPECT_EQ(publisher.received(8), greeting(0x21));
+        ASSERT_TRUE(peer.device_.publishCodec(setBorderWidth(3)));
+        expectServed(peer.device_);
+    }
+    const auto heard = [&] {
+        return peer.device_.publishCodec(setBorderWidth(9)) && borderWidth(peer.device_) == 9;
+    };
+    EXPECT_TRUE(vdevice::wait_until(heard, Milliseconds(5000)));
+}
+
 // ---- surveys ------------------------------------------------------------------------------------
 
-/** A device whose keepalive peer is a bare socket: what it says and when it goes is up to the test.
- */
-class BadSurveyors : public testing::Test {
+class BadSurveyors : public testing::Test, protected BarePeer {
 protected:
-    BadSurveyors() {
-        EXPECT_NE(mkdtemp(folder_), nullptr);
-        const std::string path = std::string(folder_) + "/keepalive";
-        listener_ = std::make_unique<Stream>(Stream::boundTo(path));
-        listener_->listenHere();
-        vdevice::DeviceOptions options = sampleDevice();
-        options.binds.push_back({path, "/tmp/ipc/keepalive", true});
-        start(device_, options);
-    }
-    ~BadSurveyors() override {
-        device_.stop();
-        fs::remove_all(folder_);
-    }
+    BadSurveyors() : BarePeer("keepalive") {}
 
     void expectAnswer() {
         const Stream proper = listener_->accepted();
@@ -247,20 +430,27 @@ protected:
         EXPECT_THAT(proper.received(13), testing::EndsWith(id_));
     }
 
-    char folder_[32] = "/tmp/survey.XXXXXX";
-    std::unique_ptr<Stream> listener_;
-    vdevice::Device device_;
     const std::string id_{"\x80\0\0\7", 4};
     const std::string survey_ = id_ + R"({"jsonrpc":"2.0","id":1,"method":"Keepalive"})";
 };
 
 TEST_F(BadSurveyors, AreLeftForTheNextOneThatAsksProperly) {
     const std::string hello = greeting(0x62);
-    for (const std::string &bytes :
-         {std::string(), std::string("\0SP\0", 4), std::string("GET / HTTP"), greeting(0x30), hello,
-          hello + framed(""), hello + framed("ab"), hello + framed(std::string(64, '\0')),
-          hello + framed(id_ + "{"), hello + frame(UINT64_MAX),
-          hello + framed(survey_).substr(0, 20), hello + framed(survey_)}) {
+    std::vector<std::string> openings = {"",
+                                         std::string("\0SP\0", 4),
+                                         "GET / HTTP",
+                                         greeting(0x30),
+                                         hello,
+                                         hello + framed(""),
+                                         hello + framed("ab"),
+                                         hello + framed(std::string(64, '\0')),
+                                         hello + framed(id_ + "{"),
+                                         hello + framed(survey_).substr(0, 20),
+                                         hello + framed(survey_)};
+    for (const std::string &bad : badFrames()) {
+        openings.push_back(hello + bad);
+    }
+    for (const std::string &bytes : openings) {
         SCOPED_TRACE(testing::PrintToString(bytes));
         const Stream surveyor = listener_->accepted();
         surveyor.send(bytes);

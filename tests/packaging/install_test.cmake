@@ -33,6 +33,7 @@ expect_component(runtime
     ${BINDIR}/app_guictl
     ${LIBDIR}/librecord_codec.so.1
     ${LIBDIR}/libcommand_protocol.so.1
+    ${LIBDIR}/libstream_guard.so.1
     share/app_gui/config/capability_sets/DeviceCapabilitySet.json
     share/app_gui/config/default_parameters/WatermarkOSDParameters.json
     share/app_gui/schemas/WatermarkOSDParameters.schema.json
@@ -49,8 +50,10 @@ endforeach()
 expect_component(dev
     include/command_protocol/command_protocol.h
     include/record_codec/record_codec.h
+    include/stream_guard/stream_guard.h
     ${LIBDIR}/librecord_codec.so
     ${LIBDIR}/libcommand_protocol.so
+    ${LIBDIR}/libstream_guard.so
     ${LIBDIR}/cmake/app_gui/app_gui-config.cmake)
 expect_component(tools
     ${BINDIR}/vdevice

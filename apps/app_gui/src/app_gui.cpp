@@ -1,6 +1,7 @@
 #include "app_gui.h"
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <nanomsg/nn.h>
 #include <nanomsg/pipeline.h>
 #include <nanomsg/pubsub.h>
@@ -21,6 +22,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 
 #include "app_gui_sockets.h"
 #include "command_protocol/command_protocol.h"
@@ -28,6 +30,7 @@
 #include "encoderapp.h"
 #include "gui_cfg.h"
 #include "mainwindow.h"
+#include "stream_guard/stream_guard.h"
 #include "window_server/qws_platform.h"
 #include "window_server/qws_server.h"
 #include "wnd_split.h"
@@ -49,6 +52,10 @@ constexpr int kPollMilliseconds = 1000;
 /** nanomsg drops the connection of a larger message; room for the library to refuse one in words.
  */
 constexpr int kLargestMessage = 8 << 20;
+/** Messages up to this size are always read. All larger ones on their way share the room. */
+constexpr int kFreeMessage = 16 << 10;
+constexpr int kMessageRoom = 16 << 20;
+constexpr int kMessagePatienceMilliseconds = 2000;
 
 /** One socket of the thread: what it is, where it leads, whether its messages are answered. */
 struct Endpoint {
@@ -162,8 +169,9 @@ void serve_slot(int socket, const Endpoint &endpoint) {
  */
 class ConnectionWatch {
 public:
-    /** Renews such sockets; does so at most once a second. */
-    void check(PollSet &set) {
+    /** Renews such sockets; does so at most once a second. While memory is short it does nothing.
+     */
+    void check(PollSet &set) try {
         const auto now = std::chrono::steady_clock::now();
         if (now - checked_ < std::chrono::milliseconds(kPollMilliseconds)) return;
         checked_ = now;
@@ -171,6 +179,7 @@ public:
             const bool has_message = (set[slot].revents & NN_POLLIN) != 0;
             if (!kEndpoints[slot].bound && !has_message) check_slot(slot, &set[slot].fd);
         }
+    } catch (...) {  // std::bad_alloc
     }
 
 private:
@@ -259,6 +268,18 @@ void apply_style_sheet(QFile &file) {
     qApp->setStyleSheet(QString::fromUtf8(text.constData()));
 }
 
+/** Told by a thread of nanomsg's. */
+void tell_ended_connections(unsigned connections, const char *reason) {
+    ERROR_LINE("connections ended: %u, the last because %s\n", connections, reason);
+}
+
+/** No local peer may end the process or exhaust its memory. */
+void guard_streams() {
+    const StreamGuardLimits limits{kLargestMessage, kFreeMessage, kMessageRoom,
+                                   kMessagePatienceMilliseconds, tell_ended_connections};
+    stream_guard_start(&limits);
+}
+
 void start_message_thread() {
     pthread_t thread;
     errno = 0;
@@ -269,9 +290,21 @@ void start_message_thread() {
                errno != 0 ? errno : result);
 }
 
+/** The end where memory is short and no caller can be told: a line, no dump of memory, and whoever
+ * looks after the process starts it again. The files are whole whenever it comes. */
+void end_out_of_memory() {
+    constexpr char kLine[] = "\033[1;31m<ERROR! app_gui>: out of memory\n\033[0m";
+    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, kLine, sizeof kLine - 1);
+    _exit(EXIT_FAILURE);
+}
+
 }  // namespace
 
 int run_app_gui(int argc, char **argv) {
+    std::set_terminate(end_out_of_memory);
+    // Buffers of this size and more go back to the system when they are freed. By itself the
+    // allocator raises the limit to its largest buffer so far, and the heap grows with its gaps.
+    mallopt(M_MMAP_THRESHOLD, 1024 * 1024);
     // Who reads our lines may go away; the display goes on.
     std::signal(SIGPIPE, SIG_IGN);
     const int loaded = init_parameters();
@@ -300,6 +333,7 @@ int run_app_gui(int argc, char **argv) {
     // The window is mapped and laid out before anything is posted to it.
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
     prepare_start_process();
+    guard_streams();
     start_message_thread();
     start_process();
     gui_refresh_screen(1);
