@@ -193,6 +193,10 @@ void draw_text(QPainter &painter, const QRect &rect, int alignment, const QStrin
     drawAligned(painter, rect, alignment, text);
 }
 
+void forget_placed_texts() {
+    placed_texts().clear();
+}
+
 QRect changed_part(const QRect &rect, const QString &before, const QString &after,
                    const QFont &font) {
     if (!is_simple(before) || !is_simple(after)) return rect;

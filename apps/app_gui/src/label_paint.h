@@ -43,6 +43,9 @@ TextColors record_colors(const Record &record) {
 void draw_text(QPainter &painter, const QRect &rect, int alignment, const QString &text,
                const TextColors &colors);
 
+/** Frees the texts whose characters draw_text() keeps placed. */
+void forget_placed_texts();
+
 /**
  * What of `rect` draws otherwise when a text at its top left, outlined or not, becomes another one;
  * where that is not known, all of it. A clock's second hand changes two characters of many.

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <utility>
 
+#include "font_memory.h"
 #include "label_geometry.h"
 #include "label_paint.h"
 #include "record_text.h"
@@ -88,6 +89,7 @@ bool MoveOSDLabel::setOSD(const VideoOutputOSDParameter *param, const QString &u
     setMaximumSize(widget_size(actualScreen()));
     applyFontStyle();
     setText(composed(mRecord, contentOf(mRecord, url)));
+    note_drawn_text(text(), paintFont(mRecord.bold != 0, pointSize()));
     adjustSize();
     update();
     return true;
@@ -117,8 +119,10 @@ void MoveOSDLabel::showText(const QString &text) {
         const HeldUpdates held(*this);
         setText(text);
     }
-    if (before == text || !isVisible()) return;
+    if (before == text) return;
     const QFont font(paintFont(mRecord.bold != 0, pointSize()), this);
+    note_drawn_text(text, font);
+    if (!isVisible()) return;
     const bool fromLeft = layoutDirection() == Qt::LeftToRight;
     update(fromLeft ? changed_part(rect(), before, text, font) : rect());
 }
@@ -136,6 +140,7 @@ void MoveOSDLabel::actualScreenChanged(const QRect &previous) {
     const int before = point_size(mRecord.font, mRecord.size, screen_height(previous));
     if (before == pointSize()) return;
     applyFontStyle();
+    note_drawn_text(text(), paintFont(mRecord.bold != 0, pointSize()));
     adjustSize();
     update();
 }

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "font_memory.h"
 #include "label_geometry.h"
 #include "label_paint.h"
 #include "network_comm.h"
@@ -111,6 +112,7 @@ void MoveWatermarkLabel::updateText(const char *text) {
 
 void MoveWatermarkLabel::showText(const QString &text) {
     setText(text);
+    note_drawn_text(text, paintFont(mRecord.bold != 0, pointSize()), mRecord.angle);
     adjustSize();
     updatePlace();
 }
@@ -151,7 +153,9 @@ void MoveWatermarkLabel::layOut(const QString &first, const QString &second) {
                          wrappedSlot(second, mRecord.type2, limit)));
     adjustSize();
     if (width() > limit) wrapByMeasure(contet, limit);
+    note_drawn_text(text(), paintFont(mRecord.bold != 0, pointSize()), mRecord.angle);
     if (mRecord.angle % 360 != 0) resize(width(), turned_height(size(), mRecord.angle));
+    if (!isRendered()) mRendition.reset();
     updatePlace();
     mLayout = {mRecord, actualScreen(), first, second, text(), size(), font()};
 }
@@ -159,7 +163,9 @@ void MoveWatermarkLabel::layOut(const QString &first, const QString &second) {
 void MoveWatermarkLabel::measureIn(const QString &family, int points) {
     if (mMeasuredIn.family == family && mMeasuredIn.points == points) return;
     // Kept: the text is measured in the family that bears its name, that is in the default one.
-    const QFontMetrics metrics(QFont(family, points));
+    const QFont font(family, points);
+    note_measuring_font(font);
+    const QFontMetrics metrics(font);
     mMetrics = metrics;
     mMeasure = {metrics.horizontalAdvance(QLatin1Char('A')), metrics.horizontalAdvance(kIdeograph),
                 metrics.height()};
@@ -206,7 +212,7 @@ void MoveWatermarkLabel::scrollText() {
         scroll(mRecord.direction, mRecord.step);
     }
     if (pos() == before) return;
-    parent->update(mRendition.painted.translated(before) + mRendition.painted.translated(pos()));
+    parent->update(mRendition->painted.translated(before) + mRendition->painted.translated(pos()));
 }
 
 void MoveWatermarkLabel::actualScreenChanged(const QRect &) {
@@ -221,9 +227,9 @@ void MoveWatermarkLabel::paintEvent(QPaintEvent *event) {
     }
     renderTurned();
     // Within one rectangle an image is copied at once, else row by row by several threads.
-    for (const QRect &part : event->region() & mRendition.painted) {
+    for (const QRect &part : event->region() & mRendition->painted) {
         painter.setClipRect(part);
-        painter.drawImage(part, mRendition.image, part);
+        painter.drawImage(part, mRendition->image, part);
     }
 }
 
@@ -233,12 +239,19 @@ bool MoveWatermarkLabel::isRendered() const {
 }
 
 bool MoveWatermarkLabel::isRenditionCurrent() const {
-    return mRendition.text == text() && mRendition.image.size() == size() &&
-           mRendition.font == paintFont(mRecord.bold != 0, pointSize()) &&
-           isSame(mRendition.record, mRecord);
+    return mRendition && isRenditionOfThis(*mRendition);
+}
+
+bool MoveWatermarkLabel::isRenditionOfThis(const Rendition &rendition) const {
+    return rendition.text == text() && rendition.image.size() == size() &&
+           rendition.font == paintFont(mRecord.bold != 0, pointSize()) &&
+           isSame(rendition.record, mRecord);
 }
 
 void MoveWatermarkLabel::renderTurned() {
+    if (isRenditionCurrent()) return;
+    static QWeakPointer<const Rendition> latest;
+    mRendition = latest.toStrongRef();
     if (isRenditionCurrent()) return;
     QImage image(size(), QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
@@ -247,7 +260,13 @@ void MoveWatermarkLabel::renderTurned() {
         paintText(painter);
     }
     const QFont font = paintFont(mRecord.bold != 0, pointSize());
-    mRendition = {text(), font, mRecord, image, painted_bands(image)};
+    mRendition.reset(new Rendition{text(), font, mRecord, image, painted_bands(image)});
+    latest = mRendition;
+}
+
+void MoveWatermarkLabel::hideEvent(QHideEvent *event) {
+    mRendition.reset();
+    MoveLabel::hideEvent(event);
 }
 
 void MoveWatermarkLabel::paintText(QPainter &painter) const {

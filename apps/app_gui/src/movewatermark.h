@@ -11,6 +11,7 @@
 #include <QFontMetrics>
 #include <QImage>
 #include <QRegion>
+#include <QSharedPointer>
 #include <QString>
 
 #include "movelabel.h"
@@ -58,6 +59,7 @@ public:
     void checkAndMove(int tick);
 
     void paintEvent(QPaintEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
 
 protected:
     void actualScreenChanged(const QRect &previous) override;
@@ -103,8 +105,10 @@ private:
      * it gives. */
     bool isRendered() const;
     bool isRenditionCurrent() const;
+    bool isRenditionOfThis(const Rendition &rendition) const;
     /**
-     * Paints a turned text once into an image, which a scroll step then only copies. For texts that
+     * Paints a turned text once into an image, which a scroll step then only copies; the cells of
+     * an arrangement show the same one. For texts that
      * scroll: where a turned glyph's edge falls between pixels, a few may be rounded otherwise than
      * in place.
      */
@@ -116,7 +120,7 @@ private:
     QFontMetrics mMetrics;
     TextMeasure mMeasure;
     Layout mLayout;
-    Rendition mRendition;
+    QSharedPointer<const Rendition> mRendition;  ///< null while hidden or not needed
 };
 
 #endif

@@ -17,3 +17,6 @@ app_gui_test(labels_differential_test
 target_link_options(labels_differential_test PRIVATE -Wl,--wrap=get_host_lan_para)
 app_gui_test(basewidget_test SOURCES basewidget_test.cpp gui_main.cpp LIBS app_gui_core)
 set_target_properties(basewidget_test PROPERTIES AUTOMOC ON)
+app_gui_test(font_memory_test
+    SOURCES font_memory_test.cpp gui_main.cpp
+    LIBS app_gui_core Qt6::GuiPrivate)
