@@ -298,7 +298,136 @@ TEST(Faults, ThatLastCostTheSavesAndEndWithTheFirstOneThatSucceeds) {
     EXPECT_EQ(json::parse(fileText(path))[0]["contet"], "room again");
 }
 
+// ---- memory -------------------------------------------------------------------------------------
+
+/** A request while allocations of the message thread fail. */
+class MemoryFaults {
+public:
+    MemoryFaults() { start(device_, faultyDevice(faults_)); }
+
+    /** The reply to a request whose nth allocation fails and `times` - 1 more behind it; none when
+     * fewer are made. */
+    std::optional<json> reply(const std::string &request, int nth, int times,
+                              vdevice::Milliseconds timeout = vdevice::Milliseconds(5000)) {
+        faults_.arm({Call::kMalloc, nth, ENOMEM, times});
+        const auto reply = device_.request(request, timeout);
+        fired_ = faults_.fired() > 0;
+        faults_.disarm();
+        EXPECT_TRUE(device_.running()) << "allocation no. " << nth << "\n"
+                                       << device_.standardError();
+        if (!reply) return {};
+        return json::parse(reply->c_str(), nullptr, false);
+    }
+    bool fired() const { return fired_; }
+    vdevice::Device &device() { return device_; }
+
+private:
+    faults::FaultFile faults_;
+    vdevice::Device device_;
+    bool fired_ = false;
+};
+
+const std::string kRequests[] = {
+    request("SetWatermarkOSDParameter",
+            {{"if_name", "HDMI1"},
+             {"records", {{{"contet", "a text that is longer than a few bytes"}, {"font", 3}}}}}),
+    request("SetVideoOutputDisplayParameter",
+            {{"records", {{{"PictureLevel", {1, 2, 3, "no number"}}}}}}),
+    request("SetVideoOutputOSDParameter",
+            {{"Channel", 3}, {"records", json::array({{{"head", "1"}}, {{"head", "2"}}})}}),
+    request("GetVideoOutputOSDParameter", {{"Channel", -1}}),
+    request("GetVideoOutputDisplayParameter", json::object()),
+    request("NoSuchCommandAtAllIsKnownHere", json::object()),
+    "[" + request("Keepalive", json::object()) + "," + request("Keepalive", json::object()) + "]",
+    "{ no JSON",
+};
+
+TEST(Faults, OneAllocationThatFailsCostsARequestAtMostAndItIsAnswered) {
+    MemoryFaults memory;
+    for (const std::string &request : kRequests) {
+        SCOPED_TRACE(request);
+        int nth = 1;
+        for (bool fired = true; fired && memory.device().running(); ++nth) {
+            const auto reply = memory.reply(request, nth, 1);
+            fired = memory.fired();
+            ASSERT_TRUE(reply) << "allocation no. " << nth;
+            ASSERT_FALSE(reply->is_discarded()) << "allocation no. " << nth;
+        }
+        EXPECT_GT(nth, 2) << "nothing failed";
+    }
+    EXPECT_EQ(result(memory.device(), "Keepalive")["process"], "app_gui");
+}
+
+TEST(Faults, AllocationsThatFailForSomeTimeDoNotEndTheProcess) {
+    MemoryFaults memory;
+    for (const std::string &request : kRequests) {
+        SCOPED_TRACE(request);
+        for (int nth = 1; nth == 1 || (memory.fired() && memory.device().running()); ++nth)
+            memory.reply(request, nth, INT_MAX, vdevice::Milliseconds(20));
+        EXPECT_EQ(result(memory.device(), "Keepalive")["process"], "app_gui");
+    }
+}
+
+TEST(Faults, ASetThatMemoryFailsIsDoneOrNotDone) {
+    MemoryFaults memory;
+    const auto stored = [&memory] {
+        return result(memory.device(), "GetWatermarkOSDParameter", {{"if_name", "HDMI1"}});
+    };
+    int values = 0;
+    int refused = 0;
+    for (int nth = 1; nth == 1 || memory.fired(); ++nth) {
+        const json before = stored();
+        const std::string value = "value no. " + std::to_string(++values);
+        const auto reply = memory.reply(
+            request("SetWatermarkOSDParameter",
+                    {{"if_name", "HDMI1"},
+                     {"records", {{{"contet", value}, {"text1", value}, {"font", values % 7}}}}}),
+            nth, 1);
+        ASSERT_TRUE(reply);
+        json after = before;
+        after[0]["contet"] = value;
+        after[0]["text1"] = value;
+        after[0]["font"] = values % 7;
+        if (reply->contains("result")) {
+            EXPECT_EQ(stored(), after);
+            continue;
+        }
+        ++refused;
+        EXPECT_EQ((*reply)["error"]["code"], -32603) << *reply;
+        EXPECT_THAT(stored(), AnyOf(before, after));
+    }
+    EXPECT_GT(refused, 3);
+}
+
 // ---- start-up -----------------------------------------------------------------------------------
+
+TEST(Faults, AllocationsThatFailDuringStartUpEndItWithALineOrDoNotMatter) {
+    int ended = 0;
+    // There are thousands; each costs a start. The first three come before main().
+    for (int nth = 4; nth < 20000; nth += 1 + nth / 4) {
+        SCOPED_TRACE("allocation no. " + std::to_string(nth));
+        faults::FaultFile faults;
+        vdevice::DeviceOptions options = faultyDevice(faults);
+        options.waitUntilServing = false;
+        faults.arm({Call::kMalloc, nth, ENOMEM});
+        vdevice::Device device;
+        start(device, options);
+        const bool serves = device.request(request("Keepalive", json::object())).has_value();
+        if (!serves) {
+            ++ended;
+            EXPECT_FALSE(device.running());
+            const int status = device.exitStatus();
+            EXPECT_TRUE(status == 1 || status >= 256 - 8) << status;
+            EXPECT_THAT(device.standardError(),
+                        HasSubstr(status == 1 ? "out of memory" : "no memory"));
+        }
+        for (const std::string &file : kUserFiles) {
+            EXPECT_EQ(fileText(device.configFolder() + "/app_parameters/" + file),
+                      fileText(std::string(E2E_CONFIG) + "/default_parameters/" + file));
+        }
+    }
+    EXPECT_GT(ended, 3);
+}
 
 /** Calls of start-up: those on record files and those on the framebuffer. */
 constexpr Failure kStartFailures[] = {

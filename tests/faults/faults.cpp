@@ -77,12 +77,18 @@ Function *next(const char *name) {
     return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
 }
 
+#ifdef SYS_mmap2
+constexpr long kMapCall = SYS_mmap2;
+#else
+constexpr long kMapCall = SYS_mmap;
+#endif
+
 __attribute__((constructor)) void map_plan() {
     const char *file = std::getenv("FAULTS_FILE");
     const int fd = file ? static_cast<int>(syscall(SYS_openat, AT_FDCWD, file, O_RDWR)) : -1;
     if (fd < 0) return;
     void *memory = reinterpret_cast<void *>(
-        syscall(SYS_mmap, nullptr, sizeof(FaultPlan), PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0));
+        syscall(kMapCall, nullptr, sizeof(FaultPlan), PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0));
     syscall(SYS_close, fd);
     if (memory != MAP_FAILED) g_plan = static_cast<FaultPlan *>(memory);
 }
@@ -141,6 +147,11 @@ FAULTS_API int mkostemps(char *pattern, int suffix, int flags) {
     return watched_open(pattern, [&] { return real(pattern, suffix, flags); });
 }
 
+FAULTS_API int mkostemps64(char *pattern, int suffix, int flags) {
+    static const auto real = next<int(char *, int, int)>("mkostemps64");
+    return watched_open(pattern, [&] { return real(pattern, suffix, flags); });
+}
+
 FAULTS_API ssize_t read(int fd, void *buffer, size_t size) {
     static const auto real = next<ssize_t(int, void *, size_t)>("read");
     return transfer(Call::kRead, fd, size, [&](size_t part) { return real(fd, buffer, part); });
@@ -186,6 +197,13 @@ FAULTS_API int ioctl(int fd, unsigned long request, ...) noexcept {
 FAULTS_API void *mmap(void *address, size_t length, int protection, int flags, int fd,
                       off_t offset) noexcept {
     static const auto real = next<void *(void *, size_t, int, int, int, off_t)>("mmap");
+    if (is_watched(fd) && fails(Call::kMmap)) return MAP_FAILED;
+    return real(address, length, protection, flags, fd, offset);
+}
+
+FAULTS_API void *mmap64(void *address, size_t length, int protection, int flags, int fd,
+                        off64_t offset) noexcept {
+    static const auto real = next<void *(void *, size_t, int, int, int, off64_t)>("mmap64");
     if (is_watched(fd) && fails(Call::kMmap)) return MAP_FAILED;
     return real(address, length, protection, flags, fd, offset);
 }

@@ -19,8 +19,8 @@ using record_codec::Record;
 
 /** More members than any record has; keeps a hostile object from costing more than its length. */
 constexpr int kMaxMembers = 256;
-/** Levels of nesting within a record: the object and its arrays. */
-constexpr unsigned kRecordDepth = 2;
+/** More elements than any field's array has. */
+constexpr size_t kMaxElements = 16;
 
 const auto g_loaded_at = std::chrono::steady_clock::now();
 
@@ -45,7 +45,55 @@ bool too_many_members(std::string_view object) {
     return false;
 }
 
-/** Puts the fields that `text` names over the record at `bytes`. */
+/** Reads one value. What it has beyond its own level is nobody's business: no field takes it. */
+bool parse_value(std::string_view text, record_codec::Json *out, std::string *reason) {
+    switch (json_type(text)) {
+        case JsonType::kObject:
+            *out = record_codec::Json::object();
+            return true;
+        case JsonType::kArray:
+            *out = record_codec::Json::array();
+            return true;
+        default:
+            return record_codec::parse_json(text.data(), text.size(), 0, out, reason);
+    }
+}
+
+/** Ends with the elements of an array before the array ends: an array that ends with elements
+ * allocates, which is the end of the process when there is no memory. */
+class EmptiedArray {
+public:
+    explicit EmptiedArray(record_codec::Json &value) : m_value(value) {}
+    EmptiedArray(const EmptiedArray &) = delete;
+    EmptiedArray &operator=(const EmptiedArray &) = delete;
+    ~EmptiedArray() {
+        if (m_value.is_array()) m_value.clear();
+    }
+
+private:
+    record_codec::Json &m_value;
+};
+
+bool decode_member(const Record &type, const std::string &name, std::string_view text, void *bytes,
+                   record_codec::RecordError *error) {
+    record_codec::Json value;
+    const EmptiedArray emptied(value);
+    if (!parse_value(text, &value, &error->reason)) return false;
+    if (value.is_array()) {
+        for (ArrayWalk walk(text); walk.next() && value.size() < kMaxElements;) {
+            record_codec::Json element;
+            if (!parse_value(walk.value(), &element, &error->reason)) return false;
+            value.push_back(std::move(element));
+        }
+    }
+    return record_codec::json_to_member(type, name, value, record_codec::UnknownMembers::kRefuse,
+                                        bytes, error);
+}
+
+/**
+ * Puts the fields that `text` names over the record at `bytes`. Member by member, without a tree of
+ * the whole: a tree that is given up allocates.
+ */
 bool decode_record(const Record &type, std::string_view text, void *bytes,
                    record_codec::RecordError *error) {
     if (json_type(text) != JsonType::kObject) {
@@ -56,11 +104,11 @@ bool decode_record(const Record &type, std::string_view text, void *bytes,
         error->reason = "more than " + std::to_string(kMaxMembers) + " members";
         return false;
     }
-    record_codec::Json value;
-    return record_codec::parse_json(text.data(), text.size(), kRecordDepth, &value,
-                                    &error->reason) &&
-           record_codec::json_to_record(type, value, record_codec::UnknownMembers::kRefuse, bytes,
-                                        error);
+    for (ObjectWalk walk(text); walk.next();) {
+        if (!decode_member(type, std::string(walk.name()), walk.value(), bytes, error))
+            return false;
+    }
+    return true;
 }
 
 bool decode_records(const Params &params, Records *records, Failure *failure) {

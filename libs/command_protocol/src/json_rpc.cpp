@@ -1,5 +1,7 @@
 #include "json_rpc.h"
 
+#include <new>
+
 #include "command_service.h"
 #include "failure.h"
 #include "json_scan.h"
@@ -7,6 +9,11 @@
 
 namespace command_protocol {
 namespace {
+
+constexpr char kOutOfMemoryReason[] = "out of memory";
+
+/** Room for most replies that are no records, so that they are made without another allocation. */
+constexpr size_t kShortReply = 256;
 
 /** The members of a request as JSON texts, "" where one is left out. */
 struct Request {
@@ -100,7 +107,7 @@ void answer_request(const Request &request, std::string *out) {
 }
 
 /** Serves one object of a message. What is no request is always answered. */
-void answer_object(std::string_view value, std::string *out) {
+void answer_value(std::string_view value, std::string *out) {
     if (json_type(value) != JsonType::kObject) {
         append_failure(out, "null", rpc_failure(kInvalidRequest, "a request is an object"));
         return;
@@ -114,14 +121,22 @@ void answer_object(std::string_view value, std::string *out) {
     answer_request(request, out);
 }
 
-/** Answers a request of a batch that is not carried out any more. */
-void refuse_object(std::string_view value, std::string *out) {
+/** Answers a request that is not, or not wholly, carried out. */
+void refuse_object(std::string_view value, const std::string &reason, std::string *out) {
     const std::string_view id =
         json_type(value) == JsonType::kObject ? read_request(value).id : "null";
     if (id.empty()) return;
-    append_failure(out, is_id(id) ? id : "null",
-                   rpc_failure(kInternalError,
-                               "reply of more than " + std::to_string(kMaxBatchReply) + " bytes"));
+    append_failure(out, is_id(id) ? id : "null", rpc_failure(kInternalError, reason));
+}
+
+void answer_object(std::string_view value, std::string *out) {
+    const size_t start = out->size();
+    try {
+        answer_value(value, out);
+    } catch (const std::bad_alloc &) {
+        out->resize(start);
+        refuse_object(value, kOutOfMemoryReason, out);
+    }
 }
 
 /** Why an array is no batch, "" when it is one. */
@@ -145,7 +160,12 @@ void answer_batch(std::string_view array, std::string *out) {
     for (ArrayWalk walk(array); walk.next();) {
         const size_t start = out->size();
         out->push_back(start == 0 ? '[' : ',');
-        (start < kMaxBatchReply ? answer_object : refuse_object)(walk.value(), out);
+        if (start < kMaxBatchReply) {
+            answer_object(walk.value(), out);
+        } else {
+            refuse_object(walk.value(),
+                          "reply of more than " + std::to_string(kMaxBatchReply) + " bytes", out);
+        }
         if (out->size() == start + 1) out->resize(start);
     }
     if (!out->empty()) out->push_back(']');
@@ -155,6 +175,7 @@ void answer_batch(std::string_view array, std::string *out) {
 
 std::string answer_message(std::string_view message) {
     std::string out;
+    out.reserve(kShortReply);
     std::string reason;
     if (message.size() > kMaxMessage) {
         append_failure(
@@ -169,6 +190,16 @@ std::string answer_message(std::string_view message) {
     } else {
         answer_object(value, &out);
     }
+    return out;
+}
+
+std::string answer_out_of_memory(std::string_view message) {
+    std::string out;
+    const std::string_view value = trim_json(message);
+    const bool known = message.size() <= kMaxMessage && check_json(message, kMaxDepth, &out) &&
+                       json_type(value) == JsonType::kObject;
+    out.clear();
+    refuse_object(known ? value : "null", kOutOfMemoryReason, &out);
     return out;
 }
 

@@ -28,6 +28,10 @@ constexpr size_t kMaxBatchReply = 8u << 20;
  */
 std::string answer_message(std::string_view message);
 
+/** The reply to a message that could not be served because memory was short; "" when there is
+ * nothing to answer. Takes little memory itself. */
+std::string answer_out_of_memory(std::string_view message);
+
 }  // namespace command_protocol
 
 #endif

@@ -365,6 +365,11 @@ bool json_to_record(const Record &record, const Json &value, UnknownMembers unkn
     return true;
 }
 
+bool json_to_member(const Record &record, const std::string &name, const Json &value,
+                    UnknownMembers unknown, void *bytes, RecordError *error) {
+    return read_member(record, name, value, unknown, static_cast<char *>(bytes), error);
+}
+
 bool parse_json(const char *text, size_t length, unsigned max_depth, Json *out,
                 std::string *reason) {
     if (nesting({text, length}) > max_depth) {

@@ -54,6 +54,15 @@ RECORD_CODEC_API bool json_to_record(const Record &record, const Json &value,
                                      UnknownMembers unknown, void *bytes, RecordError *error);
 
 /**
+ * The same for one member, which the caller has found by itself: sets the field of that name, or
+ * the unnamed span.
+ * @return false with `error` filled; what the field holds is then undefined.
+ */
+RECORD_CODEC_API bool json_to_member(const Record &record, const std::string &name,
+                                     const Json &value, UnknownMembers unknown, void *bytes,
+                                     RecordError *error);
+
+/**
  * Parses JSON text from outside: at most `max_depth` levels of nesting, UTF-8, nothing behind the
  * value but white space.
  * @return false with `reason` filled, e.g. "line 3: unexpected end of input"; never throws for
