@@ -39,6 +39,10 @@ void FbCalls::unmap(void *memory, size_t length) {
     ::munmap(memory, length);
 }
 
+void FbCalls::sync(int descriptor) {
+    ::fsync(descriptor);
+}
+
 void FbCalls::close(int descriptor) {
     ::close(descriptor);
 }

@@ -24,6 +24,8 @@ public:
     /** Shared, readable and writable, from the start of the memory. */
     virtual void *map(int descriptor, size_t length);
     virtual void unmap(void *memory, size_t length);
+    /** Has the driver take over at once what is drawn; not every one needs or knows it. */
+    virtual void sync(int descriptor);
     virtual void close(int descriptor);
 
     /** What the platform plugin uses: the kernel, unless a test has set something else. */

@@ -20,6 +20,19 @@ bool isPossible(int width, int height, int depth) {
            height <= kLongestSide;
 }
 
+/// What of a stretch lies within the frame.
+struct Span {
+    size_t skipped;  ///< before the frame's first
+    size_t length;
+};
+
+Span inside(int first, int length, int limit) {
+    const int64_t begin = std::max<int64_t>(first, 0);
+    const int64_t end = std::min<int64_t>(int64_t{first} + length, limit);
+    return {static_cast<size_t>(begin - first),
+            static_cast<size_t>(std::max<int64_t>(end - begin, 0))};
+}
+
 }  // namespace
 
 bool FbDevice::open(const std::string &path) {
@@ -68,13 +81,20 @@ bool FbDevice::setMode(int width, int height, int depth) {
 }
 
 void FbDevice::write(int x, int y, const uint32_t *painted, int count) {
-    if (!isUsable() || y < 0 || y >= m_mode.height || x >= m_mode.width || count <= 0) return;
-    const int skipped = std::max(0, -x);
-    if (skipped >= count) return;
-    x += skipped;
-    const int inside = std::min(count - skipped, m_mode.width - x);
-    writeRow(m_mode.layout, painted + skipped, row(y) + static_cast<size_t>(x) * sizeof(uint32_t),
-             static_cast<size_t>(inside));
+    write(x, y, painted, count, 1, 0);
+}
+
+void FbDevice::write(int x, int y, const uint32_t *painted, int count, int rows,
+                     size_t lineLength) {
+    const Span across = inside(x, count, m_mode.width);
+    const Span down = inside(y, rows, m_mode.height);
+    if (!isUsable() || across.length == 0 || down.length == 0) return;
+    const auto *first = reinterpret_cast<const unsigned char *>(painted + across.skipped) +
+                        down.skipped * lineLength;
+    const auto column = static_cast<size_t>(std::max(x, 0));
+    writeRows(m_mode.layout, {first, lineLength},
+              {row(std::max(y, 0)) + column * sizeof(uint32_t), m_mode.lineLength}, across.length,
+              down.length);
 }
 
 /// @return false with `problem` filled; `var` then holds what was read of it.
@@ -103,6 +123,7 @@ bool FbDevice::adopt(const FbMode &mode, std::string *problem) {
     m_memory = FbMap(m_calls, memory, mode.mapLength);
     m_mode = mode;
     blank();
+    switchOn();
     return true;
 }
 
@@ -110,6 +131,7 @@ bool FbDevice::adopt(const FbMode &mode, std::string *problem) {
 bool FbDevice::change(const fb_var_screeninfo &before, int width, int height,
                       std::string *problem) {
     fb_var_screeninfo request = modeRequest(before, width, height);
+    if (isUsable() && (width < m_mode.width || height < m_mode.height)) clearForSmaller();
     if (m_calls.ioctl(m_descriptor.get(), FBIOPUT_VSCREENINFO, &request) < 0) {
         *problem = failure("FBIOPUT_VSCREENINFO");
     } else {
@@ -136,6 +158,22 @@ void FbDevice::blank() {
     for (int y = 0; y < m_mode.height; ++y) {
         std::memset(row(y), 0, static_cast<size_t>(m_mode.width) * sizeof(uint32_t));
     }
+}
+
+/// A driver may take a smaller mode and yet go on showing the old size, and from then on look at
+/// the new size only when it takes over what is drawn: nothing old must be beyond it by then.
+void FbDevice::clearForSmaller() {
+    blank();
+    m_calls.sync(m_descriptor.get());
+}
+
+/// A driver without a console on this device may leave the display off until it is asked. Others do
+/// not know the request, which is as good.
+void FbDevice::switchOn() {
+    void *const on = reinterpret_cast<void *>(FB_BLANK_UNBLANK);
+    if (m_calls.ioctl(m_descriptor.get(), FBIOBLANK, on) == 0) return;
+    if (errno == EINVAL || errno == ENOTTY) return;
+    QWS_ERROR("%s %s\n", m_path.c_str(), failure("FBIOBLANK").c_str());
 }
 
 unsigned char *FbDevice::row(int y) const {

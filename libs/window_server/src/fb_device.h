@@ -28,15 +28,16 @@ public:
     explicit FbDevice(FbCalls &calls) : m_calls(calls) {}
 
     /**
-     * Opens the device in the mode it has, asking for 32 bits per pixel where it has others, and
-     * blanks it.
+     * Opens the device in the mode it has, asking for 32 bits per pixel where it has others, blanks
+     * it and has the driver switch the display on.
      * @return whether it is usable. If not, the descriptor may still be open, and setMode may help.
      */
     bool open(const std::string &path);
 
     /**
      * Changes the mode and blanks the new frame.
-     * @return false with the old mode put back, its memory still mapped and untouched.
+     * @return false with the old mode put back, its memory still mapped; when the new mode was to
+     * be smaller in width or height, its frame is blank, else untouched.
      */
     bool setMode(int width, int height, int depth);
 
@@ -49,12 +50,16 @@ public:
      * is left out.
      */
     void write(int x, int y, const uint32_t *painted, int count);
+    /** The same for a rectangle of `rows` rows, which begin `lineLength` bytes apart. */
+    void write(int x, int y, const uint32_t *painted, int count, int rows, size_t lineLength);
 
 private:
     bool readBack(fb_var_screeninfo *var, FbMode *mode, std::string *problem);
     bool adopt(const FbMode &mode, std::string *problem);
     bool change(const fb_var_screeninfo &before, int width, int height, std::string *problem);
     void blank();
+    void clearForSmaller();
+    void switchOn();
     unsigned char *row(int y) const;
 
     FbCalls &m_calls;

@@ -50,7 +50,10 @@ bool FbScreen::initialize() {
 }
 
 bool FbScreen::setMode(int width, int height, int depth) {
-    if (!m_device.setMode(width, height, depth)) return false;
+    if (!m_device.setMode(width, height, depth)) {
+        refresh();
+        return false;
+    }
     takeGeometry(QSize(width, height));
     QWindowSystemInterface::handleScreenGeometryChange(screen(), mGeometry, availableGeometry());
     resizeWindows(Qt::WindowFullScreen, mGeometry);
@@ -132,10 +135,9 @@ void FbScreen::copy(const QRegion &region, const QImage &image, const QPoint &or
     const qsizetype lineLength = image.bytesPerLine();
     for (const QRect &rect : region) {
         const QPoint from = rect.topLeft() - origin;
-        const uchar *row = pixels + from.y() * lineLength + from.x() * sizeof(QRgb);
-        for (int y = rect.top(); y <= rect.bottom(); ++y, row += lineLength) {
-            m_device.write(rect.left(), y, reinterpret_cast<const uint32_t *>(row), rect.width());
-        }
+        const uchar *first = pixels + from.y() * lineLength + from.x() * sizeof(QRgb);
+        m_device.write(rect.left(), rect.top(), reinterpret_cast<const uint32_t *>(first),
+                       rect.width(), rect.height(), static_cast<size_t>(lineLength));
     }
 }
 

@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "paint_memory.h"
 #include "server_state.h"
 
 namespace qws {
@@ -16,10 +17,10 @@ void FbWindow::repaint(const QRegion &dirty) {
         platformScreen()->setDirty(rect.translated(place.topLeft()));
 }
 
-void FbBackingStore::resize(const QSize &size, const QRegion &staticContents) {
-    const QSize before = mImage.size();
-    QFbBackingStore::resize(size, staticContents);
-    if (mImage.size() != before) mImage.fill(Qt::transparent);
+void FbBackingStore::resize(const QSize &size, const QRegion &) {
+    if (mImage.size() == size) return;
+    mImage = {};
+    mImage = transparentImage(size, QImage::Format_ARGB32_Premultiplied);
 }
 
 void FbBackingStore::beginPaint(const QRegion &region) {

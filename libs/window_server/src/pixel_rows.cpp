@@ -98,9 +98,24 @@ Vector factorsOf(const uint32_t *painted) {
     return _mm_set_epi32(factor(3), factor(2), factor(1), factor(0));
 }
 
+/// Each pixel's alpha in all of its bytes.
+Vector alphaEverywhere(Vector pixels) {
+    const Vector alpha = _mm_srli_epi32(pixels, 24);
+    const Vector twice = _mm_or_si128(alpha, _mm_slli_epi32(alpha, 8));
+    return _mm_or_si128(twice, _mm_slli_epi32(twice, 16));
+}
+
 /// A vector of pixels with straight colours.
 Vector unpremultiplied(const uint32_t *painted) {
     const Vector pixels = load(painted);
+    const Vector none = _mm_cmpeq_epi8(pixels, _mm_setzero_si128());
+    const Vector full = _mm_cmpeq_epi8(pixels, alphaEverywhere(pixels));
+    if (holdsEverywhere(_mm_or_si128(none, full))) {
+        // The edges of white, black and bright texts: each channel is all of the alpha or nothing.
+        const Vector alphaByte = _mm_set1_epi32(static_cast<int>(0xFF000000));
+        return _mm_or_si128(_mm_and_si128(pixels, alphaByte),
+                            _mm_andnot_si128(_mm_or_si128(none, alphaByte), full));
+    }
     const Vector low = _mm_set1_epi32(0xFF);
     const Vector alpha = _mm_srli_epi32(pixels, 24);
     const Vector red = _mm_and_si128(_mm_srli_epi32(pixels, 16), low);
@@ -181,6 +196,21 @@ void writeVectors(const uint32_t *painted, unsigned char *device, size_t count, 
     }
 }
 
+/// A row of a few pixels, in as few steps as can be.
+void writeNarrow(const uint32_t *painted, unsigned char *device, size_t count) {
+    size_t at = 0;
+    for (; at + kVectorPixels <= count; at += kVectorPixels) {
+        const Vector pixels = load(painted + at);
+        const bool plain = holdsEverywhere(plainPixels(pixels));
+        _mm_storeu_si128(reinterpret_cast<Vector *>(device + at * kPixelBytes),
+                         plain ? pixels : unpremultiplied(painted + at));
+    }
+    for (; at < count; ++at) {
+        const uint32_t pixel = qUnpremultiply(painted[at]);
+        std::memcpy(device + at * kPixelBytes, &pixel, kPixelBytes);
+    }
+}
+
 /// Channels in the painted order: most lines are plain.
 void writeInPaintedOrder(const uint32_t *painted, unsigned char *device, size_t count) {
     const bool pastCache = count >= kWideRow;
@@ -202,6 +232,12 @@ void writeInPaintedOrder(const uint32_t *painted, unsigned char *device, size_t 
     writeStraight(painted + at, device + at * kPixelBytes, count - at);
 }
 #else
+void writeInPaintedOrder(const uint32_t *painted, unsigned char *device, size_t count);
+
+void writeNarrow(const uint32_t *painted, unsigned char *device, size_t count) {
+    writeInPaintedOrder(painted, device, count);
+}
+
 /// Opaque and fully transparent pixels are the same with straight and with premultiplied alpha. As
 /// signed numbers the opaque ones are the last below 0: two comparisons tell them all.
 bool isPlain(const uint32_t *pixels, size_t count) {
@@ -248,6 +284,44 @@ void writeInOtherOrder(const PixelLayout &layout, const uint32_t *painted, unsig
     }
 }
 
+using RowWriter = void (*)(const PixelLayout &layout, const uint32_t *painted,
+                           unsigned char *device, size_t count);
+
+RowWriter writerOf(const PixelLayout &layout) {
+    if (!isPaintedOrder(layout)) return writeInOtherOrder;
+    if (!layout.straight)
+        return [](const PixelLayout &, const uint32_t *painted, unsigned char *device,
+                  size_t count) { copyToDevice(device, painted, count); };
+    return [](const PixelLayout &, const uint32_t *painted, unsigned char *device, size_t count) {
+        writeInPaintedOrder(painted, device, count);
+    };
+}
+
+RowWriter narrowWriterOf(const PixelLayout &layout) {
+    if (!isPaintedOrder(layout) || !layout.straight) return writerOf(layout);
+    return [](const PixelLayout &, const uint32_t *painted, unsigned char *device, size_t count) {
+        writeNarrow(painted, device, count);
+    };
+}
+
+/// Rows of a border's upright strip and of a text lie on a page of memory each, and each costs more
+/// to be found than to be copied: the rows to come are asked for while the one at hand is.
+constexpr size_t kNarrowRow = 16;
+constexpr size_t kShortRow = 512;
+constexpr size_t kLine = 64;
+
+size_t rowsAhead(size_t count) {
+    if (count >= kShortRow) return 0;
+    return count <= kNarrowRow ? 16 : 2;
+}
+
+void fetchToWrite(const unsigned char *row, size_t count) {
+    const size_t bytes = count * kPixelBytes;
+    for (size_t at = 0; at < bytes; at += kLine)
+        __builtin_prefetch(row + at, 1);
+    __builtin_prefetch(row + bytes - 1, 1);
+}
+
 }  // namespace
 
 bool operator==(const PixelLayout &a, const PixelLayout &b) {
@@ -266,12 +340,23 @@ uint32_t devicePixel(const PixelLayout &layout, uint32_t painted) {
 
 void writeRow(const PixelLayout &layout, const uint32_t *painted, unsigned char *device,
               size_t count) {
-    if (!isPaintedOrder(layout)) {
-        writeInOtherOrder(layout, painted, device, count);
-    } else if (!layout.straight) {
-        copyToDevice(device, painted, count);
-    } else {
-        writeInPaintedOrder(painted, device, count);
+    writerOf(layout)(layout, painted, device, count);
+}
+
+void writeRows(const PixelLayout &layout, const PixelRows<const unsigned char> &painted,
+               const PixelRows<unsigned char> &device, size_t count, size_t rows) {
+    const RowWriter write = count <= kNarrowRow ? narrowWriterOf(layout) : writerOf(layout);
+    const size_t ahead = rowsAhead(count);
+    const unsigned char *from = painted.first;
+    unsigned char *to = device.first;
+    for (size_t left = rows; left > 0; --left) {
+        if (ahead != 0 && left > ahead) {
+            fetchToWrite(to + ahead * device.lineLength, count);
+            __builtin_prefetch(from + ahead * painted.lineLength);
+        }
+        write(layout, reinterpret_cast<const uint32_t *>(from), to, count);
+        from += painted.lineLength;
+        to += device.lineLength;
     }
 }
 

@@ -41,6 +41,17 @@ uint32_t devicePixel(const PixelLayout &layout, uint32_t painted);
 void writeRow(const PixelLayout &layout, const uint32_t *painted, unsigned char *device,
               size_t count);
 
+/** Where rows of pixels begin: the first of them, and how many bytes further each next one. */
+template <typename Byte>
+struct PixelRows {
+    Byte *first;
+    size_t lineLength;
+};
+
+/** The same for `rows` rows of `count` pixels each. */
+void writeRows(const PixelLayout &layout, const PixelRows<const unsigned char> &painted,
+               const PixelRows<unsigned char> &device, size_t count, size_t rows);
+
 }  // namespace qws
 
 #endif

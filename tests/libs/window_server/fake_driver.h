@@ -50,6 +50,10 @@ public:
                 return 0;
             case FBIOPUT_VSCREENINFO:
                 return put(*static_cast<const fb_var_screeninfo *>(argument));
+            case FBIOBLANK:
+                lit = reinterpret_cast<uintptr_t>(argument) == FB_BLANK_UNBLANK;
+                pixelWhenLit = pixel(0, 0);
+                return 0;
             default:
                 return fail(EINVAL);
         }
@@ -67,6 +71,7 @@ public:
         --maps;
         FbCalls::unmap(memory, length);
     }
+    void sync(int) override { memoryWhenSynced = memory(); }
     void close(int descriptor) override {
         --opens;
         ::close(descriptor);
@@ -102,10 +107,14 @@ public:
     std::set<unsigned long> failing;  ///< requests that answer ENOTTY
     int openError = 0;
     bool mapFails = false;
-    bool pretends = false;            ///< says yes to a mode and changes nothing
+    bool pretends = false;    ///< says yes to a mode and changes nothing
+    bool keepsFrame = false;  ///< takes a mode in the memory and with the rows it has
+    std::vector<unsigned char> memoryWhenSynced;
     unsigned depthAfterPut = 32;      ///< what a change of mode ends up with
     unsigned lineLengthAfterPut = 0;  ///< 0 for the right one
     unsigned memoryAfterPut = 0;      ///< 0 for enough
+    bool lit = false;                 ///< whether the display was asked to be on
+    uint32_t pixelWhenLit = 0;        ///< the first visible one when it was
     int puts = 0;
     int opens = 0;
     int maps = 0;
@@ -120,6 +129,7 @@ private:
         ++puts;
         if (pretends) return 0;
         var = request;
+        if (keepsFrame) return 0;
         apply(request.xres, request.yres);
         if (puts > 1) return 0;
         var.bits_per_pixel = depthAfterPut;

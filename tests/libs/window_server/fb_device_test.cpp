@@ -37,6 +37,25 @@ TEST(FbDevice, OpeningBlanksTheVisiblePixelsAndLeavesThePadding) {
     }
 }
 
+TEST(FbDevice, TheDisplayIsSwitchedOnOnceItIsBlank) {
+    FakeDriver driver(10, 4);
+    driver.fillMemory(0xee);
+    FbDevice device(driver);
+    ASSERT_TRUE(device.open("fb"));
+    EXPECT_TRUE(driver.lit);
+    EXPECT_EQ(0u, driver.pixelWhenLit);
+}
+
+TEST(FbDevice, ADriverThatCannotSwitchTheDisplayIsQuietlyBorne) {
+    FakeDriver driver(10, 4);
+    driver.failing.insert(FBIOBLANK);
+    FbDevice device(driver);
+    CaptureStderr();
+    EXPECT_TRUE(device.open("fb"));
+    EXPECT_TRUE(device.setMode(20, 30, 32));
+    EXPECT_EQ("", GetCapturedStderr());
+}
+
 TEST(FbDevice, WritingKeepsToTheFrame) {
     FakeDriver driver(10, 4, 8);
     FbDevice device(driver);
@@ -75,6 +94,43 @@ TEST(FbDevice, AModeChangeMapsTheNewModeBlankAndLetsTheOldOneGo) {
     EXPECT_EQ(0u, driver.pixel(0, 0));
     device.write(16, 29, kRed, 4);
     EXPECT_EQ(kRed[0], driver.pixel(19, 29));
+}
+
+/// Bytes of a frame of 10 x 4 pixels with rows of 48 bytes: visible ones zero, the rest 0xee.
+void expectOnlyPadding(const std::vector<unsigned char> &memory) {
+    ASSERT_EQ(4u * 48u, memory.size());
+    for (size_t i = 0; i < memory.size(); ++i) {
+        const bool isPadding = i % 48 >= 40;
+        EXPECT_EQ(isPadding ? 0xee : 0, memory[i]) << i;
+    }
+}
+
+TEST(FbDevice, ASmallerModeLeavesNothingOldBeyondIt) {
+    const struct { int width, height; } rows[] = {{6, 3}, {6, 4}, {10, 3}};
+    for (const auto &row : rows) {
+        FakeDriver driver(10, 4, 8);
+        FbDevice device(driver);
+        ASSERT_TRUE(device.open("fb"));
+        driver.keepsFrame = true;
+        driver.fillMemory(0xee);
+        ASSERT_TRUE(device.setMode(row.width, row.height, 32));
+        expectOnlyPadding(driver.memory());
+        expectOnlyPadding(driver.memoryWhenSynced);
+    }
+}
+
+TEST(FbDevice, ARefusedSmallerModeLeavesTheOldOneBlankAndWorking) {
+    FakeDriver driver(10, 4, 8);
+    FbDevice device(driver);
+    ASSERT_TRUE(device.open("fb"));
+    driver.fillMemory(0xee);
+    driver.pretends = true;
+    CaptureStderr();
+    EXPECT_FALSE(device.setMode(6, 3, 32));
+    EXPECT_EQ(1, errorLines(GetCapturedStderr()));
+    expectOnlyPadding(driver.memory());
+    device.write(6, 3, kRed, 4);
+    EXPECT_EQ(kRed[0], driver.pixel(9, 3));
 }
 
 TEST(FbDevice, ARefusedOrPretendedModeLeavesTheOldOneWorkingAndSaysSoOnce) {

@@ -115,5 +115,51 @@ TEST(PixelRows, RowsAreTheirPixelsOneByOneAtAnyLengthAndAlignment) {
     }
 }
 
+TEST(PixelRows, EdgesOfTextsInFullColoursAreWhatQtMakesOfThem) {
+    std::vector<uint32_t> painted;
+    for (uint32_t alpha = 0; alpha < 256; ++alpha) {
+        for (uint32_t channels = 0; channels < 8; ++channels) {
+            const uint32_t red = (channels & 4) != 0 ? alpha : 0;
+            const uint32_t green = (channels & 2) != 0 ? alpha : 0;
+            const uint32_t blue = (channels & 1) != 0 ? alpha : 0;
+            painted.push_back(alpha << 24 | red << 16 | green << 8 | blue);
+        }
+    }
+    std::vector<uint32_t> device(painted.size());
+    writeRow(PixelLayout(), painted.data(), reinterpret_cast<unsigned char *>(device.data()),
+             painted.size());
+    for (size_t i = 0; i < painted.size(); ++i)
+        ASSERT_EQ(qUnpremultiply(painted[i]), device[i]) << std::hex << painted[i];
+}
+
+TEST(PixelRows, ARectangleIsItsRowsAndNothingBesideThem) {
+    PixelLayout premultiplied;
+    premultiplied.straight = false;
+    const PixelLayout layouts[] = {PixelLayout(), premultiplied, layoutOf(24, 16, 8, 0)};
+    constexpr size_t kWidths[] = {1, 2, 3, 4, 7, 8, 15, 16, 17, 63, 200, 511, 512, 600};
+    constexpr size_t kHeights[] = {1, 2, 3, 16, 17, 40};
+    std::mt19937 random(815);
+    for (const PixelLayout &layout : layouts) {
+        for (const size_t width : kWidths) {
+            for (const size_t height : kHeights) {
+                const size_t shift = random() % 5;
+                const size_t paintedLine = width + random() % 9;
+                const size_t deviceLine = width * 4 + random() % 33;
+                const std::vector<uint32_t> painted = mixedRow(&random, paintedLine * height);
+                std::vector<unsigned char> device(shift + deviceLine * height, 0xa5);
+                std::vector<unsigned char> expected = device;
+                for (size_t y = 0; y < height; ++y)
+                    writeRow(layout, painted.data() + y * paintedLine,
+                             expected.data() + shift + y * deviceLine, width);
+                writeRows(layout,
+                          {reinterpret_cast<const unsigned char *>(painted.data()),
+                           paintedLine * sizeof(uint32_t)},
+                          {device.data() + shift, deviceLine}, width, height);
+                ASSERT_EQ(expected, device) << width << " x " << height;
+            }
+        }
+    }
+}
+
 }  // namespace
 }  // namespace qws

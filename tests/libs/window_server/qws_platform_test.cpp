@@ -254,6 +254,19 @@ TEST_F(QwsPlatformTest, ARefusedModeChangesNothing) {
     EXPECT_EQ(0xffffffffu, driver->pixel(kWidth - 1, kHeight - 1));
 }
 
+TEST_F(QwsPlatformTest, TheScreenIsThereAgainAfterARefusedSmallerMode) {
+    Canvas window([](QPainter *painter) { painter->fillRect(painter->window(), Qt::white); });
+    window.showFullScreen();
+    settle();
+    driver->pretends = true;
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(Screen::setMode(kWidth - 1, kHeight, 32));
+    testing::internal::GetCapturedStderr();
+    settle();
+    EXPECT_EQ(0xffffffffu, driver->pixel(0, 0));
+    EXPECT_EQ(0xffffffffu, driver->pixel(kWidth - 1, kHeight - 1));
+}
+
 TEST_F(QwsPlatformTest, TheFilterSeesRawEventsFirstAndCanConsumeThem) {
     Canvas window([](QPainter *) {});
     window.showFullScreen();
