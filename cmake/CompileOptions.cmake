@@ -27,6 +27,10 @@ endif()
 
 # Diagnostics name source files relative to the repository.
 add_compile_options(-Wall -Wextra -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+# Fused multiplications would round positions differently from one processor to another.
+add_compile_options(-ffp-contract=off)
+# Where `long` has 32 bits: files and folders as the kernel numbers them, with 64.
+add_compile_definitions(_FILE_OFFSET_BITS=64)
 if(APP_GUI_WERROR)
     add_compile_options(-Werror)
 endif()

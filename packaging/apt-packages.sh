@@ -1,4 +1,4 @@
-# Debian packages that building, testing and showing the project needs; for `run` and `test` to
+# Debian packages that building, testing and showing the project needs; for `run`, `test` and scripts to
 # source. install_packages NAME... installs the missing ones of the lists it is given.
 # shellcheck shell=bash
 
@@ -27,6 +27,28 @@ fuzz_packages=(clang libclang-rt-dev)
 deb_packages=(debhelper dpkg-dev lintian)
 # shellcheck disable=SC2034
 check_package_packages=(mmdebstrap util-linux)
+
+# Cross building for each architecture, and running its tests.
+# shellcheck disable=SC2034
+cross_armhf_packages=(g++-arm-linux-gnueabihf qemu-user)
+# shellcheck disable=SC2034
+cross_arm64_packages=(g++-aarch64-linux-gnu qemu-user)
+
+# What scripts/make-sysroot works with, and what it unpacks for the board's architecture: to build with,
+# to run the tests and the process with.
+# shellcheck disable=SC2034
+make_sysroot_packages=(mmdebstrap)
+# shellcheck disable=SC2034
+sysroot_packages=(
+    libc6-dev libstdc++-12-dev libc-bin tzdata
+    qt6-base-dev qt6-base-private-dev qt6-qpa-plugins
+    libnanomsg-dev nlohmann-json3-dev libcli11-dev libgtest-dev libgmock-dev
+    fontconfig-config fonts-dejavu-core fonts-droid-fallback iproute2
+)
+
+# The boards that ./test --board emulates, beside the cross building.
+# shellcheck disable=SC2034
+board_packages=(qemu-system-arm device-tree-compiler)
 
 package_is_installed() {
     [ "$(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null)" = installed ]

@@ -8,7 +8,7 @@
 # executable holds a copy of (their names carry a version, "stdout@GLIBC_2.2.5").
 
 set(from_linker
-    "^(_init|_fini|_start|_edata|_end|__bss_start|__end__|__data_start|data_start|__dso_handle|_IO_stdin_used|main)$")
+    "^(_init|_fini|_start|_edata|_end|__bss_start|__bss_start__|_bss_end__|__bss_end__|__end__|__data_start|data_start|__dso_handle|_IO_stdin_used|main)$")
 
 foreach(needed NM BINARY EXPORTS)
     if(NOT ${needed})

@@ -59,7 +59,7 @@ public:
     }
     /** Lets it run on for a while and kills it. Returns the signal that ended it. */
     int killAfter(std::chrono::microseconds delay) const {
-        const timespec pause{0, std::chrono::nanoseconds(delay).count()};
+        const timespec pause{0, static_cast<long>(std::chrono::nanoseconds(delay).count())};
         nanosleep(&pause, nullptr);
         kill(pid_, SIGKILL);
         int status = 0;

@@ -146,7 +146,7 @@ class NoRoomForThreads {
 public:
     NoRoomForThreads() {
         getrlimit(RLIMIT_STACK, &saved_);
-        const rlimit huge = {rlim_t{1} << 46, saved_.rlim_max};
+        const rlimit huge = {rlim_t{1} << (sizeof(rlim_t) > 4 ? 46 : 31), saved_.rlim_max};
         works = setrlimit(RLIMIT_STACK, &huge) == 0;
     }
     ~NoRoomForThreads() { setrlimit(RLIMIT_STACK, &saved_); }

@@ -29,6 +29,7 @@
 
 #include <QApplication>
 #include <QEventLoop>
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -267,7 +268,8 @@ public:
         posix_spawn_file_actions_adddup2(&actions, err[1], STDERR_FILENO);
         std::string root = folder.string() + "/";
         std::string left = std::to_string(sockets);
-        char program[] = "/proc/self/exe";
+        // Not /proc/self/exe, which an emulator is where the test runs under one.
+        char *program = program_invocation_name;
         char mode[] = "--device";
         char *argv[] = {program, mode, root.data(), left.data(), nullptr};
         EXPECT_EQ(posix_spawn(&pid, program, &actions, nullptr, argv, environ), 0);
@@ -633,7 +635,8 @@ TEST_F(MessageThread, GoesOnAfterAReceiveThatFails) {
     Device process(root);
     expect_answer(1);
     EXPECT_TRUE(process.errors->wait_for(
-        ", recv_msg_routine>: nn_recv fail: " + std::string(nn_strerror(EIO)) + "\n\033[0m"));
+        ", recv_msg_routine>: nn_recv fail: " + std::string(nn_strerror(EIO)) + "\n\033[0m"))
+        << process.errors->seen;
 }
 
 TEST_F(MessageThread, SendsAReplyAgainWhileTheSocketIsFullOrInterrupted) {

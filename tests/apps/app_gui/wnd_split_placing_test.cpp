@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <limits>
 #include <random>
 #include <string>
@@ -272,11 +273,13 @@ TEST_F(WndSplitPlacing, WindowsNeverOverlapOnCanvasesThatTheGridsDivideEvenly) {
 
 // ---- an independent reference
 
-using Wide = __int128;
+using Wide = int64_t;
 
-Wide rounded_up(long double value) {
-    const Wide whole = static_cast<Wide>(value);
-    return whole + (static_cast<long double>(whole) < value ? 1 : 0);
+/** The next whole number; what is beyond +-2^62 stays there, far outside every limit. */
+Wide rounded_up(double value) {
+    const double near = std::max(-0x1p62, std::min(value, 0x1p62));
+    const Wide whole = static_cast<Wide>(near);
+    return whole + (static_cast<double>(whole) < near ? 1 : 0);
 }
 
 Wide limited(Wide value, Wide low, Wide high) {

@@ -233,7 +233,7 @@ TEST_F(RecordFileWrite, IsOldOrNewWheneverTheProcessIsKilled) {
                 save(small);
             }
         }
-        const timespec moment{0, 1000L * random_below(random, 3000)};
+        const timespec moment{0, 1000L * static_cast<long>(random_below(random, 3000))};
         nanosleep(&moment, nullptr);
         ASSERT_EQ(kill(child, SIGKILL), 0);
         ASSERT_EQ(waitpid(child, nullptr, 0), child);

@@ -240,8 +240,12 @@ TEST_F(StreamGuard, LeavesSendingOnOtherSocketsAlone) {
     }
     EXPECT_EQ(sendmsg(foreign.reader(), nullptr, 0), -1);
     EXPECT_EQ(errno, EFAULT);
-    const msghdr nothing{};
-    EXPECT_EQ(sendmsg(-1, &nothing, 0), -1);
+    char byte = 0;
+    iovec part{&byte, 1};
+    msghdr one{};
+    one.msg_iov = &part;
+    one.msg_iovlen = 1;
+    EXPECT_EQ(sendmsg(-1, &one, 0), -1);
     EXPECT_EQ(errno, EBADF);
 }
 
