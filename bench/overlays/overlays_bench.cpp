@@ -10,6 +10,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <QEventLoop>
 #include <QImage>
 #include <QTimer>
 #include <algorithm>
@@ -119,8 +120,10 @@ double ratioToCopy(const std::function<void()> &change) {
 }
 
 double idleCostPerSecond() {
-    QTimer::singleShot(kIdleSeconds * 1000, qApp, &QCoreApplication::quit);
-    return costOf([] { QCoreApplication::exec(); }) / kIdleSeconds;
+    // A loop of its own: what ends with the application is none of an idle second's.
+    QEventLoop loop;
+    QTimer::singleShot(kIdleSeconds * 1000, &loop, &QEventLoop::quit);
+    return costOf([&loop] { loop.exec(); }) / kIdleSeconds;
 }
 
 template <TextStyle kStyle>
