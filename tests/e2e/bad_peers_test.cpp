@@ -1,5 +1,5 @@
 // Peers that misbehave: broken connections, floods, missing descriptors, publishers that come and
-// go, somebody else's file at the command address. The others are served all the same.
+// go. The others are served all the same.
 
 #include <fcntl.h>
 #include <nanomsg/nn.h>
@@ -16,7 +16,7 @@
 #include <random>
 
 #include "device_test.h"
-#include "record_codec/record_schema.h"
+#include "peers.h"
 
 using namespace e2e;
 using testing::HasSubstr;
@@ -27,108 +27,12 @@ namespace {
 
 using vdevice::Milliseconds;
 
-constexpr char kCommandFile[] = "/ipc/app_gui.command";
-
 #if defined(__SANITIZE_ADDRESS__)
 // The sanitizer keeps what was freed.
 constexpr long kMostKiB = 400 << 10;
 #else
 constexpr long kMostKiB = 64 << 10;
 #endif
-
-/** A Unix stream socket, closed at the end. */
-class Stream {
-public:
-    explicit Stream(int fd = -1) : fd_(fd) {}
-    Stream(Stream &&other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
-    ~Stream() {
-        if (fd_ >= 0) close(fd_);
-    }
-
-    static sockaddr_un addressOf(const std::string &path) {
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        path.copy(address.sun_path, sizeof address.sun_path - 1);
-        return address;
-    }
-    static Stream connectedTo(const std::string &path) {
-        Stream stream(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-        const sockaddr_un address = addressOf(path);
-        // A full backlog makes the connection wait its turn.
-        EXPECT_EQ(connect(stream.fd_, reinterpret_cast<const sockaddr *>(&address), sizeof address),
-                  0)
-            << path << ": " << std::strerror(errno);
-        return stream;
-    }
-    static Stream boundTo(const std::string &path) {
-        Stream stream(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-        const sockaddr_un address = addressOf(path);
-        EXPECT_EQ(bind(stream.fd_, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0)
-            << path;
-        return stream;
-    }
-
-    void listenHere() const { EXPECT_EQ(listen(fd_, 8), 0); }
-    /** The next connection; one that does not come within ten seconds fails the test. */
-    Stream accepted() const {
-        const timeval patience{10, 0};
-        setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
-        Stream stream(accept4(fd_, nullptr, nullptr, SOCK_CLOEXEC));
-        EXPECT_GE(stream.fd_, 0) << "no connection";
-        return stream;
-    }
-    void send(const std::string &bytes) const {
-        // The other side may have closed already: that is its right.
-        (void)::send(fd_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-    }
-    /** The bytes, and so many descriptors with them. */
-    void sendWithDescriptors(const std::string &bytes, size_t count) const {
-        const std::vector<int> descriptors(count, fd_);
-        std::vector<char> control(CMSG_SPACE(count * sizeof(int)));
-        iovec place{const_cast<char *>(bytes.data()), bytes.size()};
-        msghdr message{};
-        message.msg_iov = &place;
-        message.msg_iovlen = 1;
-        message.msg_control = control.data();
-        message.msg_controllen = control.size();
-        cmsghdr *rights = CMSG_FIRSTHDR(&message);
-        rights->cmsg_level = SOL_SOCKET;
-        rights->cmsg_type = SCM_RIGHTS;
-        rights->cmsg_len = CMSG_LEN(count * sizeof(int));
-        std::memcpy(CMSG_DATA(rights), descriptors.data(), count * sizeof(int));
-        (void)::sendmsg(fd_, &message, MSG_NOSIGNAL);
-    }
-    /** Exactly `size` bytes; fewer when the other side closes or nothing comes for two seconds. */
-    std::string received(size_t size) const {
-        const timeval patience{2, 0};
-        setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
-        std::string bytes(size, '\0');
-        const ssize_t length = recv(fd_, bytes.data(), size, MSG_WAITALL);
-        bytes.resize(static_cast<size_t>(std::max<ssize_t>(length, 0)));
-        return bytes;
-    }
-
-private:
-    int fd_;
-};
-
-/** First bytes of a connection: who speaks (0x20 publisher, 0x30 requester, 0x62 surveyor). */
-std::string greeting(char protocol) {
-    return std::string("\0SP\0\0", 5) + protocol + std::string(2, '\0');
-}
-
-/** What stands in front of a message: its type, 1, and its length. */
-std::string frame(uint64_t length, char type = 1) {
-    std::string bytes(1, type);
-    for (int shift = 56; shift >= 0; shift -= 8) {
-        bytes += static_cast<char>(length >> shift & 0xff);
-    }
-    return bytes;
-}
-
-std::string framed(const std::string &message) {
-    return frame(message.size()) + message;
-}
 
 /** What a peer may send behind a proper greeting that no peer should. */
 std::vector<std::string> badFrames() {
@@ -149,10 +53,6 @@ std::vector<std::string> badFrames() {
 int descriptorsOf(vdevice::Device &device) {
     const fs::directory_iterator all("/proc/" + std::to_string(device.pid()) + "/fd");
     return static_cast<int>(std::distance(begin(all), end(all)));
-}
-
-void expectServed(vdevice::Device &device) {
-    ASSERT_EQ(result(device, "Keepalive").value("process", ""), "app_gui");
 }
 
 int borderWidth(vdevice::Device &device) {
@@ -519,215 +419,6 @@ TEST(MissingDescriptors, CostNewConnectionsAndSavesAndNothingElse) {
                borderWidth(device) == 9;
     };
     EXPECT_TRUE(vdevice::wait_until(heard, Milliseconds(10000)));
-}
-
-// ---- limits -------------------------------------------------------------------------------------
-
-class Limits : public SharedDevice {
-protected:
-    static json answer(const std::string &message) {
-        const auto reply = device->request(message);
-        EXPECT_TRUE(reply) << "no reply";
-        return reply ? json::parse(reply->c_str()) : json();
-    }
-    static int codeOf(const std::string &message) {
-        return answer(message).value("error", json::object()).value("code", 0);
-    }
-};
-
-TEST_F(Limits, OfAMessagesSizeAreKept) {
-    const std::string request = R"({"jsonrpc":"2.0","id":1,"method":"Keepalive"})";
-    const auto padded = [&](size_t size) {
-        return request + std::string(size - request.size(), ' ');
-    };
-    EXPECT_TRUE(answer(padded(4u << 20)).contains("result"));
-    EXPECT_EQ(codeOf(padded((4u << 20) + 1)), -32600);
-    EXPECT_EQ(codeOf(padded((8u << 20) - 4)), -32600);  // a request's number comes before it
-    // A larger one is not read at all; its sender is cut off, nobody else.
-    vdevice::CommandClient greedy(device->commandAddress());
-    EXPECT_FALSE(greedy.request(padded((8u << 20) + 1), Milliseconds(300)));
-    expectServed(*device);
-}
-
-TEST_F(Limits, OfNestingAreKept) {
-    const auto nested = [](size_t levels) {
-        return R"({"jsonrpc":"2.0","id":1,"method":"Keepalive","extra":)" +
-               std::string(levels - 1, '[') + std::string(levels - 1, ']') + "}";
-    };
-    EXPECT_TRUE(answer(nested(32)).contains("result"));
-    EXPECT_EQ(codeOf(nested(33)), -32700);
-    EXPECT_EQ(codeOf(nested(1000000)), -32700);
-}
-
-TEST_F(Limits, OfEveryTextAreItsFieldsSizeLessOne) {
-    for (const char *name :
-         {"WatermarkOSDParameter", "WatermarkPictureParameter", "WatermarkDotmatrixParameter"}) {
-        const record_codec::Record *record = record_codec::find_record(name);
-        ASSERT_NE(record, nullptr);
-        for (size_t i = 0; i < record->field_count; ++i) {
-            const record_codec::Field &field = record->fields[i];
-            if (field.kind != record_codec::FieldKind::kText) continue;
-            const auto set = [&](size_t length) {
-                const json value = {{field.name, std::string(length, 'a')}};
-                return codeOf(request(std::string("Set") + name,
-                                      {{"if_name", "HDMI1"}, {"records", {value}}}));
-            };
-            EXPECT_EQ(set(field.size), -32602) << name << " " << field.name;
-            EXPECT_NE(set(field.size - 1), -32602) << name << " " << field.name;
-        }
-    }
-}
-
-std::string bigEndian(uint32_t number) {
-    std::string bytes;
-    for (int shift = 24; shift >= 0; shift -= 8) {
-        bytes += static_cast<char>(number >> shift & 0xff);
-    }
-    return bytes;
-}
-
-int occurrences(const std::string &text, const std::string &part) {
-    int count = 0;
-    for (size_t at = text.find(part); at != text.npos; at = text.find(part, at + 1)) {
-        ++count;
-    }
-    return count;
-}
-
-TEST(PictureLimits, AFewBytesThatClaimAHugePictureAreRefusedAndTheOldOneStays) {
-    const std::string side = "60000 60000";
-    const std::string huge[] = {
-        "P6 " + side + " 255\n",
-        std::string("GIF89a\x60\xEA\x60\xEA", 10),
-        "BM" + std::string(16, '\0') + "\x60\xEA" + std::string(2, '\0') + "\x60\xEA" +
-            std::string(2, '\0') + std::string("\1\0\x18\0", 4) + std::string(24, '\0'),
-        "\x89PNG\r\n\x1a\n" + bigEndian(13) + "IHDR" + bigEndian(60000) + bigEndian(60000) +
-            std::string("\x8\x6\0\0\0", 5) + bigEndian(0x80d27542),
-        "",
-    };
-    vdevice::Device device;
-    vdevice::DeviceOptions options = sampleDevice();
-    const auto put = [](const vdevice::RootPaths &paths, const std::string &bytes) {
-        std::ofstream(paths.tmp() + "/logo", std::ios::binary) << bytes;
-    };
-    options.prepare = [&](const vdevice::RootPaths &paths) {
-        put(paths, "P6 2 1 255\n\xff" + std::string(5, '\0'));
-    };
-    start(device, options);
-    const QImage before = device.settledLayer();
-    EXPECT_EQ(
-        result(device, "SetWatermarkPictureParameter",
-               {{"if_name", "HDMI1"},
-                {"records", {{{"file", "/tmp/logo"}, {"visible", 1}, {"x", 100}, {"y", 100}}}}}),
-        0);
-    ASSERT_TRUE(device.waitForPixels([&](const QImage &layer) { return layer != before; }));
-    const QImage shown = device.settledLayer();
-    int refused = 0;
-    for (const std::string &bytes : huge) {
-        SCOPED_TRACE(testing::PrintToString(bytes));
-        put(device.paths(), bytes);
-        EXPECT_EQ(result(device, "UploadWatermarkPicture", {{"if_name", "HDMI1"}}), 0);
-        EXPECT_EQ(device.settledLayer(), shown);
-        EXPECT_EQ(++refused, occurrences(device.standardError(), "load /tmp/logo failed!\n"));
-        ASSERT_TRUE(device.running());
-    }
-    put(device.paths(), "P6 1 2 255\n" + std::string(6, '\x7f'));
-    EXPECT_EQ(result(device, "UploadWatermarkPicture", {{"if_name", "HDMI1"}}), 0);
-    EXPECT_TRUE(device.waitForPixels([&](const QImage &layer) { return layer != shown; }));
-}
-
-// ---- the command address ------------------------------------------------------------------------
-
-/** Something that stands at the command address before the process starts. */
-struct Occupant {
-    const char *name;
-    std::function<void(const std::string &path)> make;
-};
-
-void expectDisplayingWithoutCommands(vdevice::Device &device) {
-    const auto has_borders = [](const QImage &layer) { return layer != emptyLayer(); };
-    EXPECT_TRUE(device.waitForPixels(has_borders));
-    EXPECT_TRUE(vdevice::wait_until(
-        [&] {
-            return device.standardError().find("nn_bind(ipc:///tmp/ipc/app_gui.command) fail: ") !=
-                   std::string::npos;
-        },
-        Milliseconds(5000)))
-        << device.standardError();
-    EXPECT_TRUE(device.running()) << device.exitStatus();
-}
-
-TEST(CommandAddress, TakenBySomethingElseIsToldAndLeftAlone) {
-    const Occupant occupants[] = {
-        {"a file", [](const std::string &path) { close(creat(path.c_str(), 0644)); }},
-        {"a folder", [](const std::string &path) { mkdir(path.c_str(), 0755); }},
-        {"a full folder", [](const std::string &path) { fs::create_directories(path + "/full"); }},
-        {"a pipe", [](const std::string &path) { mkfifo(path.c_str(), 0666); }},
-        {"a link to nowhere",
-         [](const std::string &path) { fs::create_symlink("/nowhere", path); }},
-    };
-    for (const Occupant &occupant : occupants) {
-        SCOPED_TRACE(occupant.name);
-        vdevice::DeviceOptions options = sampleDevice();
-        struct stat before {};
-        options.prepare = [&](const vdevice::RootPaths &paths) {
-            occupant.make(paths.tmp() + kCommandFile);
-            ASSERT_EQ(lstat((paths.tmp() + kCommandFile).c_str(), &before), 0);
-        };
-        options.waitUntilServing = false;
-        vdevice::Device device;
-        start(device, options);
-        expectDisplayingWithoutCommands(device);
-        struct stat after {};
-        EXPECT_EQ(lstat((device.paths().tmp() + kCommandFile).c_str(), &after), 0);
-        EXPECT_EQ(after.st_ino, before.st_ino);
-        EXPECT_EQ(after.st_mode, before.st_mode);
-    }
-}
-
-TEST(CommandAddress, OfAStaleSocketThatCannotBeRemovedIsTold) {
-    if (vdevice::find_sandbox() != vdevice::SandboxKind::kBwrap) GTEST_SKIP() << "needs mounts";
-    char folder[] = "/tmp/stale.XXXXXX";
-    ASSERT_NE(mkdtemp(folder), nullptr);
-    const std::string path = std::string(folder) + "/socket";
-    Stream::boundTo(path);
-    {
-        vdevice::DeviceOptions options = sampleDevice();
-        options.prepare = [](const vdevice::RootPaths &paths) {
-            close(creat((paths.tmp() + kCommandFile).c_str(), 0644));
-        };
-        // A place that something is mounted on cannot be removed, not even by root.
-        options.binds.push_back({path, "/tmp/ipc/app_gui.command", true});
-        options.waitUntilServing = false;
-        vdevice::Device device;
-        start(device, options);
-        expectDisplayingWithoutCommands(device);
-    }
-    fs::remove_all(folder);
-}
-
-TEST(CommandAddress, ThatAnotherProcessServesIsToldAndLeftToIt) {
-    vdevice::DeviceOptions options = sampleDevice();
-    std::unique_ptr<Stream> server;
-    options.prepare = [&](const vdevice::RootPaths &paths) {
-        server = std::make_unique<Stream>(Stream::boundTo(paths.tmp() + kCommandFile));
-        server->listenHere();
-    };
-    options.waitUntilServing = false;
-    vdevice::Device device;
-    start(device, options);
-    expectDisplayingWithoutCommands(device);
-    EXPECT_THAT(device.standardError(), HasSubstr("fail: Address already in use\n"));
-}
-
-TEST(CommandAddress, OfAProcessThatWasKilledIsTakenOver) {
-    vdevice::DeviceOptions options = sampleDevice();
-    options.prepare = [](const vdevice::RootPaths &paths) {
-        Stream::boundTo(paths.tmp() + kCommandFile);  // the file stays behind
-    };
-    vdevice::Device device;
-    start(device, options);
-    expectServed(device);
 }
 
 }  // namespace

@@ -15,7 +15,9 @@
 #include <QFile>
 #include <QFont>
 #include <QStyleFactory>
+#include <QThread>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -211,6 +213,9 @@ private:
 void serve(PollSet &set) {
     ConnectionWatch watch;
     for (;;) {
+        // A poll that times out leaves the answers of the one before.
+        for (nn_pollfd &entry : set)
+            entry.revents = 0;
         const int ready = nn_poll(set.data(), static_cast<int>(kSlots), kPollMilliseconds);
         if (ready < 0 && nn_errno() == EINTR) {
             debug_line(__FILE__, 245, "nn_poll msg EINTR\n");
@@ -342,16 +347,43 @@ int run_app_gui(int argc, char **argv) {
 
 // ---- the bridge ---------------------------------------------------------------------------------
 
-UserEvent::UserEvent(int type, qint64 data, qint64 param)
-    : QEvent(static_cast<QEvent::Type>(type)), data(data), param(param) {}
+namespace {
 
-UserEvent::~UserEvent() = default;
+/// Events that are made and not yet delivered.
+std::atomic<int> undelivered{0};
+
+/** Requests come as fast as senders like, and each may cost the display much more than the sender:
+ * beyond so many events in the queue the message thread waits for one to be delivered, so that the
+ * queue cannot fill the memory. None is dropped; a display that stands still only slows it down. */
+constexpr int kMostUndelivered = 4096;
+constexpr int kLongestWaitMilliseconds = 1000;
+
+void wait_for_room() {
+    if (undelivered.load() < kMostUndelivered) return;
+    if (qApp == nullptr || QThread::currentThread() == qApp->thread()) return;
+    for (int waited = 0; waited < kLongestWaitMilliseconds; ++waited) {
+        if (undelivered.load() < kMostUndelivered) return;
+        QThread::msleep(1);
+    }
+}
+
+}  // namespace
+
+UserEvent::UserEvent(int type, qint64 data, qint64 param)
+    : QEvent(static_cast<QEvent::Type>(type)), data(data), param(param) {
+    ++undelivered;
+}
+
+UserEvent::~UserEvent() {
+    --undelivered;
+}
 
 namespace {
 
 thread_local int post_priority = Qt::NormalEventPriority;
 
 int post(UserEventType type, qint64 data, qint64 param) {
+    wait_for_room();
     QCoreApplication::postEvent(MainWindow::instance(), new UserEvent(type, data, param),
                                 post_priority);
     return 0;

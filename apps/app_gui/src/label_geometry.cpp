@@ -23,7 +23,9 @@ struct AxisStep {
 
 AxisStep turned_at_edges(AxisStep now, int length, int first, int last) {
     const int64_t lastStart = int64_t{last} - length;
-    if (now.position > lastStart || first > lastStart) return {lastStart, false};
+    // One that is as long as the screen turns at both edges, a longer one lies at the last.
+    const bool longer = first > lastStart + 1;
+    if (now.position > lastStart || longer) return {lastStart, false};
     if (now.position < first) return {first, true};
     return now;
 }

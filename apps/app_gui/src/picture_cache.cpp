@@ -43,6 +43,13 @@ bool is_regular_file(const QByteArray &path) {
     return stat(path.constData(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
+/** A picture that is built into the process, such as a cursor's. */
+std::optional<QByteArray> resource_bytes(const QByteArray &path) {
+    QFile file(QString::fromUtf8(path));
+    if (!file.open(QIODevice::ReadOnly)) return {};
+    return file.readAll();
+}
+
 QByteArray suffix_of(const QByteArray &path) {
     const int dot = static_cast<int>(path.lastIndexOf('.'));
     return dot > path.lastIndexOf('/') ? path.mid(dot + 1).toLower() : QByteArray();
@@ -92,6 +99,16 @@ QImage with_opacity(const QImage &picture, int opacity) {
     return image;
 }
 
+/** Whether a picture that is shown in its own size takes more memory, once it is turned, than the
+ * reader allows a picture. */
+bool is_too_large(const QSize &picture, const PictureForm &form) {
+    const bool fillsCell = form.sizemode >= kPictureTile && form.sizemode <= kPictureFit;
+    if (fillsCell) return false;
+    const qreal limit = qreal(QImageReader::allocationLimit()) * 1024 * 1024;
+    const QRectF turned = QTransform().rotate(form.angle).mapRect(QRectF(QPointF(), picture));
+    return limit > 0 && turned.width() * turned.height() * sizeof(QRgb) > limit;
+}
+
 }  // namespace
 
 PictureForm picture_form(const WatermarkPictureParameter &record, const QSize &cell) {
@@ -99,6 +116,7 @@ PictureForm picture_form(const WatermarkPictureParameter &record, const QSize &c
 }
 
 std::optional<QByteArray> picture_bytes(const QByteArray &path) {
+    if (path.startsWith(":/")) return resource_bytes(path);
     QByteArray name = path;
     if (!is_regular_file(name)) name = QString::fromLatin1(path).toUtf8();
     if (!is_regular_file(name)) return {};
@@ -146,7 +164,7 @@ std::optional<QPixmap> cached_picture(const QByteArray &path, const PictureForm 
         return forms.front().picture;
     }
     const QImage picture = decoded_picture(*bytes, suffix);
-    if (picture.isNull()) return {};
+    if (picture.isNull() || is_too_large(picture.size(), form)) return {};
     if (forms.size() == kRemembered) forms.pop_back();
     forms.insert(forms.begin(),
                  {*bytes, suffix, form, QPixmap::fromImage(formed_picture(picture, form))});

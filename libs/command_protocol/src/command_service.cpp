@@ -235,6 +235,12 @@ constexpr Serve kServe[] = {serve_get,    serve_set,       serve_event,
 
 }  // namespace
 
+bool only_answers(std::string_view method) {
+    const Command *command = find_command(method);
+    return command != nullptr && (command->direction == Direction::kKeepalive ||
+                                  command->direction == Direction::kDiscover);
+}
+
 bool serve_command(std::string_view method, std::string_view params_text, std::string *out,
                    Failure *failure) {
     const Command *command = find_command(method);

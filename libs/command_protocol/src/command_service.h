@@ -14,6 +14,9 @@
 
 namespace command_protocol {
 
+/** Whether a command does nothing but answer, so that there is nothing to do without a reply. */
+bool only_answers(std::string_view method);
+
 /**
  * Serves one request.
  * @param method  the command's name.

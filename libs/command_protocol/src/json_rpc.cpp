@@ -94,10 +94,12 @@ void append_failure(std::string *out, std::string_view id, const Failure &failur
 /** Serves a well-formed request; a notification leaves nothing in `out`. */
 void answer_request(const Request &request, std::string *out) {
     const size_t start = out->size();
+    const std::string method = json_string(request.method);
+    if (request.id.empty() && only_answers(method)) return;
     Failure failure;
     append_head(out, request.id);
     out->append(",\"result\":");
-    const bool served = serve_command(json_string(request.method), request.params, out, &failure);
+    const bool served = serve_command(method, request.params, out, &failure);
     if (served && !request.id.empty()) {
         out->append("}");
         return;

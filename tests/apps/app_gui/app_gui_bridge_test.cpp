@@ -1,11 +1,13 @@
 /** @file app_gui_bridge_test.cpp What the bridge posts to the main window. */
 
+#include <QDeadlineTimer>
 #include <QEvent>
 #include <atomic>
 #include <climits>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <thread>
 
 #include "app_gui.h"
 #include "store_fixture.h"
@@ -187,6 +189,31 @@ TEST_F(Bridge, KeepsTheOrderOfPosting) {
         expected.push_back(number_event(1008, 2));
     }
     EXPECT_EQ(take_events(), expected) << "nothing merges or drops events";
+}
+
+TEST_F(Bridge, HoldsAFloodUpUntilTheDisplayHasTakenSomeOfItAndDropsNothing) {
+    constexpr int kFlood = 6000;
+    std::atomic<int> posted{0};
+    std::thread flood([&posted] {
+        for (; posted < kFlood; ++posted)
+            gui_refresh_screen(posted);
+    });
+    const auto reaches = [&posted](int count, int milliseconds) {
+        const QDeadlineTimer limit(milliseconds);
+        while (posted < count && !limit.hasExpired())
+            std::this_thread::yield();
+        return posted >= count;
+    };
+    EXPECT_TRUE(reaches(4096, 20000));
+    EXPECT_FALSE(reaches(4200, 200)) << "the queue grows";
+    Events all;
+    while (all.size() < kFlood) {
+        const Events some = take_events();
+        all.insert(all.end(), some.begin(), some.end());
+    }
+    flood.join();
+    for (int i = 0; i < kFlood; ++i)
+        ASSERT_EQ(all[i], number_event(1008, i));
 }
 
 TEST_F(Bridge, TellsWhichRecordThereIsNoMemoryFor) {

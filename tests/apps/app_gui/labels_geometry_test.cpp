@@ -191,6 +191,21 @@ TEST(LabelGeometry, ALabelLargerThanTheScreenLiesAtThatEdgeAfterEveryStepAndNeve
     }
 }
 
+TEST(LabelGeometry, ALabelAsLargeAsTheScreenGoesToAndFroByAPixel) {
+    const QRect cell(0, 0, 960, 540);
+    ScrollStep now{{0, 0}, false};
+    constexpr struct {
+        QPoint corner;
+        bool forward;
+    } kSteps[] = {
+        {{0, -1}, false}, {{0, 0}, true}, {{-1, -1}, false}, {{0, 0}, true}, {{-1, -1}, false}};
+    for (const auto &step : kSteps) {
+        now = scrolled(now, cell.size(), cell, 0, 5);
+        EXPECT_EQ(now.corner, step.corner);
+        EXPECT_EQ(now.forward, step.forward);
+    }
+}
+
 TEST(LabelGeometry, TheEdgesCountAlsoAcrossTheDirection) {
     const ScrollStep next = scrolled({{10, -30}, false}, {10, 10}, kFullScreen, 0, 1);
     EXPECT_EQ(next.corner, QPoint(9, 0));

@@ -288,6 +288,24 @@ TEST_F(Picture, NamesAreTakenAsBytesAndElseAsLatin1) {
     EXPECT_EQ(mLabel.size(), QSize(6, 3));
 }
 
+TEST_F(Picture, OfTheProcesssOwnResourcesIsShown) {
+    const QImage arrow(QStringLiteral(":/resources/picture/cursor_arrow.png"));
+    ASSERT_FALSE(arrow.isNull());
+    fill(mRecord.file, ":/resources/picture/cursor_arrow.png");
+    EXPECT_EQ("", errorsOf());
+    EXPECT_EQ(arrow.size(), mLabel.pixmap().size());
+    EXPECT_FALSE(picture_bytes(":/resources/picture/none.png"));
+}
+
+TEST_F(Picture, TurnedBeyondTheReadersLimitLeavesItAsItWas) {
+    QImage large(5700, 5700, QImage::Format_Mono);
+    large.fill(1);
+    save(large);
+    mRecord.angle = 45;
+    EXPECT_NE(errorsOf().find("picture.png failed!"), std::string::npos);
+    EXPECT_TRUE(mLabel.pixmap().isNull());
+}
+
 TEST_F(Picture, APathWithoutNulIsNoFile) {
     fillWhole(mRecord.file, 'x');
     EXPECT_NE(errorsOf().find("load " + std::string(256, 'x') + " failed!\n"), std::string::npos);

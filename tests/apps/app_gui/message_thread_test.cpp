@@ -29,6 +29,7 @@
 
 #include <QApplication>
 #include <QEventLoop>
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -62,6 +63,9 @@ constexpr int kPatienceMs = 20000;
 // ---- faults of nanomsg in the device process ----------------------------------------------------
 
 constexpr const char *kFaultVariable = "MESSAGE_THREAD_TEST_FAULT";
+
+/** In a function's place: each poll is told. */
+constexpr const char *kWatchPolls = "watch_polls";
 
 /** Calls number `first` to `last` of a function fail with `error`. */
 struct Fault {
@@ -123,6 +127,12 @@ int nn_connect(int socket, const char *address) {
 }
 
 int nn_poll(nn_pollfd *entries, int count, int timeout) {
+    if (fault.function == kWatchPolls) {
+        const bool stale = std::any_of(entries, entries + count,
+                                       [](const nn_pollfd &entry) { return entry.revents != 0; });
+        std::printf("poll with %s answers\n", stale ? "stale" : "no");
+        std::fflush(stdout);
+    }
     if (fails("nn_poll")) return -1;
     return real<decltype(nn_poll)>("nn_poll")(entries, count, timeout);
 }
@@ -587,6 +597,21 @@ public:
     }
     ~WithFault() { unsetenv(kFaultVariable); }
 };
+
+TEST_F(MessageThread, AsksEachPollAnew) {
+    // A poll that times out leaves the answers as they are: a message long served would count.
+    const WithFault watched(kWatchPolls, 1, 0, 0);
+    Device process(root);
+    Socket client(NN_REQ);
+    ASSERT_GE(nn_connect(client.fd, kCommand), 0);
+    for (int i = 0; i < 3; ++i) {
+        client.send(request("Keepalive", json::object(), 1));
+        EXPECT_TRUE(reply_of(client.receive()).contains("result"));
+    }
+    process.output->forget();
+    EXPECT_TRUE(process.output->wait_for("poll with no answers"));
+    EXPECT_THAT(process.output->seen, Not(HasSubstr("stale")));
+}
 
 /** What follows `word` in the lines of `text` that start with it. */
 Lines lines_after(const std::string &text, const std::string &word) {
