@@ -355,7 +355,7 @@ std::atomic<int> undelivered{0};
 /** Requests come as fast as senders like, and each may cost the display much more than the sender:
  * beyond so many events in the queue the message thread waits for one to be delivered, so that the
  * queue cannot fill the memory. None is dropped; a display that stands still only slows it down. */
-constexpr int kMostUndelivered = 4096;
+constexpr int kMostUndelivered = 1024;
 constexpr int kLongestWaitMilliseconds = 1000;
 
 void wait_for_room() {

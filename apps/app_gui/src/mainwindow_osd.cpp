@@ -5,6 +5,7 @@
 
 #include "basewidget.h"
 #include "mainwindow.h"
+#include "picture_cache.h"
 #include "window_geometry.h"
 
 namespace {
@@ -158,6 +159,7 @@ void MainWindow::layOutTexts(const QSize &screen) {
 }
 
 void MainWindow::layOutPictures(const QSize &screen) {
+    const OneReading reading;
     for (MoveImageLabel *label : mUi->watermarkImgLabels) {
         label->hide();
     }

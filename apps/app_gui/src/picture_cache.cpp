@@ -99,6 +99,10 @@ QImage with_opacity(const QImage &picture, int opacity) {
     return image;
 }
 
+bool is_same(const QByteArray &a, const QByteArray &b) {
+    return (a.size() == b.size() && a.constData() == b.constData()) || a == b;
+}
+
 /** Whether a picture that is shown in its own size takes more memory, once it is turned, than the
  * reader allows a picture. */
 bool is_too_large(const QSize &picture, const PictureForm &form) {
@@ -151,15 +155,33 @@ QImage formed_picture(const QImage &picture, const PictureForm &form) {
     return with_opacity(turned, form.opacity);
 }
 
+OneReading::OneReading() : m_outer(innermost) {
+    innermost = this;
+}
+
+OneReading::~OneReading() {
+    innermost = m_outer;
+}
+
+std::optional<QByteArray> OneReading::bytes(const QByteArray &path) {
+    if (innermost == nullptr) return picture_bytes(path);
+    if (innermost->m_path != path) {
+        innermost->m_path = path;
+        innermost->m_bytes = picture_bytes(path);
+    }
+    return innermost->m_bytes;
+}
+
 std::optional<QPixmap> cached_picture(const QByteArray &path, const PictureForm &form) {
-    const std::optional<QByteArray> bytes = picture_bytes(path);
+    const std::optional<QByteArray> bytes = OneReading::bytes(path);
     if (!bytes) return {};
     const QByteArray suffix = suffix_of(path);
     std::vector<Remembered> &forms = memory();
     const auto known = std::find_if(forms.begin(), forms.end(), [&](const Remembered &entry) {
-        return entry.form == form && entry.suffix == suffix && entry.bytes == *bytes;
+        return entry.form == form && entry.suffix == suffix && is_same(entry.bytes, *bytes);
     });
     if (known != forms.end()) {
+        known->bytes = *bytes;  // the next comparison finds them at the same place
         std::rotate(forms.begin(), known, known + 1);
         return forms.front().picture;
     }

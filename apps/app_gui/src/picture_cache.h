@@ -53,9 +53,31 @@ QImage decoded_picture(const QByteArray &bytes, const QByteArray &suffix);
 QImage formed_picture(const QImage &picture, const PictureForm &form);
 
 /**
- * The picture of a file in a form; nothing when it cannot be loaded. The file is read each time and
- * compared with what was read before, so that one replaced within the same second is seen; decoding
- * and forming are done once.
+ * While one lives, cached_picture() reads a file once, however many labels ask for it: what they
+ * show is to be one and the same picture, also of a file that is replaced meanwhile.
+ */
+class OneReading {
+public:
+    OneReading();
+    ~OneReading();
+    OneReading(const OneReading &) = delete;
+    OneReading &operator=(const OneReading &) = delete;
+
+    /** The file's bytes: what the innermost one that lives has read, else as they are now. */
+    static std::optional<QByteArray> bytes(const QByteArray &path);
+
+private:
+    static inline OneReading *innermost = nullptr;
+
+    OneReading *m_outer;
+    QByteArray m_path;  ///< null before the first file
+    std::optional<QByteArray> m_bytes;
+};
+
+/**
+ * The picture of a file in a form; nothing when it cannot be loaded. The file is read each time
+ * (see OneReading) and compared with what was read before, so that one replaced within the same
+ * second is seen; decoding and forming are done once.
  */
 std::optional<QPixmap> cached_picture(const QByteArray &path, const PictureForm &form);
 

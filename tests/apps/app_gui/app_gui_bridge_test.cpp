@@ -204,8 +204,8 @@ TEST_F(Bridge, HoldsAFloodUpUntilTheDisplayHasTakenSomeOfItAndDropsNothing) {
             std::this_thread::yield();
         return posted >= count;
     };
-    EXPECT_TRUE(reaches(4096, 20000));
-    EXPECT_FALSE(reaches(4200, 200)) << "the queue grows";
+    EXPECT_TRUE(reaches(1024, 20000));
+    EXPECT_FALSE(reaches(1100, 200)) << "the queue grows";
     Events all;
     while (all.size() < kFlood) {
         const Events some = take_events();

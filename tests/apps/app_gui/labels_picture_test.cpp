@@ -333,6 +333,25 @@ TEST_F(Picture, AReplacedFileIsSeenAtOnce) {
     }
 }
 
+TEST_F(Picture, LabelsThatAreLaidOutTogetherReadAFileOnce) {
+    save(uniform(8, 8, Qt::red), "same.bmp");
+    {
+        const OneReading reading;
+        mLabel.setImage(&mRecord, 1);
+        save(uniform(8, 8, Qt::green), "same.bmp");
+        mLabel.setImage(&mRecord, 1);
+        EXPECT_EQ(QColor(shown().pixel(3, 3)), QColor(Qt::red));
+        save(uniform(8, 8, Qt::blue), "other.bmp");
+        mLabel.setImage(&mRecord, 1);
+        EXPECT_EQ(QColor(shown().pixel(3, 3)), QColor(Qt::blue));
+        fill(mRecord.file, path("none.bmp").constData());
+        EXPECT_NE(errorsOf(), "");
+    }
+    fill(mRecord.file, path("same.bmp").constData());
+    mLabel.setImage(&mRecord, 1);
+    EXPECT_EQ(QColor(shown().pixel(3, 3)), QColor(Qt::green));
+}
+
 TEST_F(Picture, ALabelThatShowsTheSameIsNotRepainted) {
     LabelWindow window;
     MoveImageLabel label(&window, false, false);
