@@ -10,10 +10,7 @@ endforeach()
 # Starts itself as the process whose message thread it talks to; the command library finds the
 # handlers in it by their exported names.
 app_gui_test(message_thread_test SOURCES message_thread_test.cpp LIBS store_fixture app_gui_core)
-# With a sanitizer's checks GCC sees values without a beginning in the standard library's <regex>.
-if(APP_GUI_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    target_compile_options(message_thread_test PRIVATE -Wno-maybe-uninitialized)
-endif()
+app_gui_uses_regex(message_thread_test)
 set_target_properties(message_thread_test PROPERTIES ENABLE_EXPORTS ON)
 # Without a mount namespace it uses the device's real socket addresses.
 set_tests_properties(message_thread_test PROPERTIES RESOURCE_LOCK /tmp/ipc)
