@@ -300,6 +300,9 @@ TEST(Faults, ThatLastCostTheSavesAndEndWithTheFirstOneThatSucceeds) {
 
 // ---- memory -------------------------------------------------------------------------------------
 
+// A sanitizer has an allocator of its own, which no library can stand in for.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+
 /** A request while allocations of the message thread fail. */
 class MemoryFaults {
 public:
@@ -399,8 +402,6 @@ TEST(Faults, ASetThatMemoryFailsIsDoneOrNotDone) {
     EXPECT_GT(refused, 3);
 }
 
-// ---- start-up -----------------------------------------------------------------------------------
-
 TEST(Faults, AllocationsThatFailDuringStartUpEndItWithALineOrDoNotMatter) {
     int ended = 0;
     // There are thousands; each costs a start. The first three come before main().
@@ -428,6 +429,10 @@ TEST(Faults, AllocationsThatFailDuringStartUpEndItWithALineOrDoNotMatter) {
     }
     EXPECT_GT(ended, 3);
 }
+
+#endif
+
+// ---- start-up -----------------------------------------------------------------------------------
 
 /** Calls of start-up: those on record files and those on the framebuffer. */
 constexpr Failure kStartFailures[] = {
