@@ -4,6 +4,7 @@
  */
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <vector>
 
@@ -75,7 +76,9 @@ TYPED_TEST(RecordRoundTrip, AnArrayIsReadBackByteByByte) {
         unsigned count = 70;
         ASSERT_EQ(Codec<TypeParam>::kReadArray(path.c_str(), back.data(), &count), 0);
         ASSERT_EQ(count, written);
-        EXPECT_EQ(std::memcmp(back.data(), records.data(), written * Codec<TypeParam>::kBytes), 0);
+        const auto *bytes = reinterpret_cast<const char *>(records.data());
+        EXPECT_TRUE(std::equal(bytes, bytes + written * Codec<TypeParam>::kBytes,
+                               reinterpret_cast<const char *>(back.data())));
     }
 }
 
