@@ -30,6 +30,32 @@ QMouseEvent *right_press_inside(const QWidget *widget) {
                            Qt::RightButton, Qt::RightButton, Qt::NoModifier);
 }
 
+/**
+ * Before its own readers Qt asks every plugin for picture formats, and loads them all to do so.
+ * While this lives it finds none: PNG needs none. The first picture of a watermark finds and loads
+ * them.
+ */
+class WithoutPlugins {
+public:
+    WithoutPlugins() { QCoreApplication::setLibraryPaths({}); }
+    WithoutPlugins(const WithoutPlugins &) = delete;
+    WithoutPlugins &operator=(const WithoutPlugins &) = delete;
+    ~WithoutPlugins() { QCoreApplication::setLibraryPaths(m_paths); }
+
+private:
+    const QStringList m_paths = QCoreApplication::libraryPaths();
+};
+
+QList<QImage> load_cursors() {
+    const WithoutPlugins without;
+    QList<QImage> images;
+    for (const char *file : kCursorFiles) {
+        images.append(
+            QImage(QString::fromLatin1(file)).convertToFormat(QImage::Format_ARGB32_Premultiplied));
+    }
+    return images;
+}
+
 }  // namespace
 
 int EncoderApp::curLangIndex = -1;
@@ -42,10 +68,7 @@ EncoderApp::EncoderApp(int &argc, char **argv, language_type lang)
     counter = new KeyMouseCounter;
     idleTimerId = startTimer(kIdlePeriodMs);
     refreshTimerId = startTimer(kRefreshPeriodMs);
-    for (const char *file : kCursorFiles) {
-        cursorImgList.append(
-            QImage(QString::fromLatin1(file)).convertToFormat(QImage::Format_ARGB32_Premultiplied));
-    }
+    cursorImgList.append(load_cursors());
     qws::Server::setEventFilter([this](qws::Event *event) { return qwsEventFilter(event); });
 }
 

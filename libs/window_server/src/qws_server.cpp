@@ -15,6 +15,7 @@ ServerState &serverState() {
 }
 
 void Server::setBackground(const QBrush &brush) {
+    if (brush == serverState().background) return;
     serverState().background = brush;
     if (FbScreen *screen = serverState().screen) screen->refresh();
 }

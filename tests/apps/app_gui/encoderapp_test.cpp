@@ -3,8 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QBuffer>
 #include <QDialog>
+#include <QDir>
 #include <QFile>
+#include <QImageReader>
 #include <QMouseEvent>
 #include <QTimerEvent>
 #include <QTranslator>
@@ -82,6 +85,26 @@ TEST_F(EncoderAppTest, HoldsThreeCursorImagesInPremultipliedColours) {
     EXPECT_NE(EncoderApp::cursorImgList[0], EncoderApp::cursorImgList[1]);
     EXPECT_NE(EncoderApp::cursorImgList[1], EncoderApp::cursorImgList[2]);
     EXPECT_EQ(EncoderApp::oldCursor, -1);
+}
+
+int loaded_format_plugins() {
+    QFile maps("/proc/self/maps");
+    EXPECT_TRUE(maps.open(QIODevice::ReadOnly));
+    return static_cast<int>(maps.readAll().count("/imageformats/"));
+}
+
+TEST_F(EncoderAppTest, LoadsPluginsForPictureFormatsWithTheFirstPictureAndNotWithTheCursors) {
+    const QStringList folders = QCoreApplication::libraryPaths();
+    const bool installed = std::any_of(folders.begin(), folders.end(), [](const QString &folder) {
+        return !QDir(folder + "/imageformats").isEmpty();
+    });
+    if (!installed) GTEST_SKIP() << "no plugins for picture formats are installed";
+    EXPECT_EQ(loaded_format_plugins(), 0);
+    QBuffer picture;
+    picture.setData("neither of them");
+    EXPECT_TRUE(picture.open(QIODevice::ReadOnly));
+    EXPECT_FALSE(QImageReader(&picture).canRead());
+    EXPECT_GT(loaded_format_plugins(), 0);
 }
 
 TEST_F(EncoderAppTest, HasItsStyleSheetAndTranslationCompiledIn) {

@@ -24,7 +24,10 @@ public:
     /** @return true to consume the event: Qt then never hears of it. */
     using EventFilter = std::function<bool(Event *)>;
 
-    /** What shows where no window is; at first transparent, so that the video shows through. */
+    /**
+     * What shows where no window is; at first transparent, so that the video shows through. Setting
+     * what is set draws nothing.
+     */
     static void setBackground(const QBrush &brush);
     static QBrush background();
 
