@@ -3,7 +3,7 @@
 # framebuffer and the same fonts: measure.sh BUILD_DIR. Sizes of the stripped files, memory once
 # the picture stands, and time from the start of the program to its complete picture, the median of
 # starts in turn. Ends with status 1 when a limit is missed.
-# shellcheck disable=SC1091
+# shellcheck disable=SC1091,SC2154  # failures is of figures.sh
 set -eu
 
 here=$(cd "$(dirname "$0")" && pwd)

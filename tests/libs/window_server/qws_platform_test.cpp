@@ -208,6 +208,20 @@ TEST_F(QwsPlatformTest, WithoutWindowsTheBackgroundShows) {
     EXPECT_EQ(0u, driver->pixel(7, 7));
 }
 
+TEST_F(QwsPlatformTest, OnlyAnotherBackgroundIsDrawn) {
+    const struct {
+        QColor background;
+        uint64_t updates;
+    } cases[] = {{Qt::transparent, 0}, {Qt::red, 1}, {Qt::red, 0}, {Qt::transparent, 1}};
+    settle();
+    for (const auto &step : cases) {
+        Screen::resetCounters();
+        Server::setBackground(step.background);
+        settle();
+        EXPECT_EQ(step.updates, Screen::counters().updates) << step.background.name().toStdString();
+    }
+}
+
 TEST_F(QwsPlatformTest, AModeChangeResizesAFullScreenWindowBeforeItReturns) {
     Canvas window([](QPainter *painter) { painter->fillRect(painter->window(), QColor(1, 2, 3)); });
     window.showFullScreen();
