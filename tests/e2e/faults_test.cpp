@@ -338,6 +338,11 @@ const std::string kRequests[] = {
             {{"records", {{{"PictureLevel", {1, 2, 3, "no number"}}}}}}),
     request("SetVideoOutputOSDParameter",
             {{"Channel", 3}, {"records", json::array({{{"head", "1"}}, {{"head", "2"}}})}}),
+    request(
+        "SetWatermarkPictureParameter",
+        {{"if_name", "HDMI1"}, {"records", {{{"file", "/tmp/a picture with a long name.png"}}}}}),
+    request("SetWatermarkDotmatrixParameter",
+            {{"if_name", "HDMI1"}, {"records", {{{"text", "a text of more than a few bytes"}}}}}),
     request("GetVideoOutputOSDParameter", {{"Channel", -1}}),
     request("GetVideoOutputDisplayParameter", json::object()),
     request("NoSuchCommandAtAllIsKnownHere", json::object()),
