@@ -338,6 +338,12 @@ const std::string kRequests[] = {
             {{"records", {{{"PictureLevel", {1, 2, 3, "no number"}}}}}}),
     request("SetVideoOutputOSDParameter",
             {{"Channel", 3}, {"records", json::array({{{"head", "1"}}, {{"head", "2"}}})}}),
+    request("SetVideoOutputOSDParameter",
+            {{"Channel", 3},
+             {"records", json::array({{{"head", "a head of more than a few bytes"}},
+                                      {{"head", "2"}},
+                                      {{"head", "3"}},
+                                      {{"head", "4"}}})}}),
     request(
         "SetWatermarkPictureParameter",
         {{"if_name", "HDMI1"}, {"records", {{{"file", "/tmp/a picture with a long name.png"}}}}}),
