@@ -2,9 +2,8 @@
 
 #include <QtFbSupport/private/qfbscreen_p.h>
 
-#include <cstring>
-
 #include "paint_memory.h"
+#include "pixel_rows.h"
 #include "server_state.h"
 
 namespace qws {
@@ -27,12 +26,10 @@ void FbBackingStore::beginPaint(const QRegion &region) {
     m_painting.start();
     lock();
     uchar *pixels = mImage.bits();
-    const qsizetype lineLength = mImage.bytesPerLine();
+    const auto lineLength = static_cast<size_t>(mImage.bytesPerLine());
     for (const QRect &rect : region &mImage.rect()) {
-        const size_t bytes = static_cast<size_t>(rect.width()) * sizeof(QRgb);
-        uchar *run = pixels + rect.top() * lineLength + rect.left() * sizeof(QRgb);
-        for (int y = rect.top(); y <= rect.bottom(); ++y, run += lineLength)
-            std::memset(run, 0, bytes);
+        uchar *first = pixels + rect.top() * lineLength + rect.left() * sizeof(QRgb);
+        clearRows({first, lineLength}, rect.width(), rect.height());
     }
 }
 

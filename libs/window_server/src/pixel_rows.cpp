@@ -297,13 +297,6 @@ RowWriter writerOf(const PixelLayout &layout) {
     };
 }
 
-RowWriter narrowWriterOf(const PixelLayout &layout) {
-    if (!isPaintedOrder(layout) || !layout.straight) return writerOf(layout);
-    return [](const PixelLayout &, const uint32_t *painted, unsigned char *device, size_t count) {
-        writeNarrow(painted, device, count);
-    };
-}
-
 /// Rows of a border's upright strip and of a text lie on a page of memory each, and each costs more
 /// to be found than to be copied: the rows to come are asked for while the one at hand is.
 constexpr size_t kNarrowRow = 16;
@@ -320,6 +313,34 @@ void fetchToWrite(const unsigned char *row, size_t count) {
     for (size_t at = 0; at < bytes; at += kLine)
         __builtin_prefetch(row + at, 1);
     __builtin_prefetch(row + bytes - 1, 1);
+}
+
+template <typename Writer>
+void writeEach(const PixelRows<const unsigned char> &painted,
+               const PixelRows<unsigned char> &device, size_t count, size_t rows, Writer write) {
+    const size_t ahead = rowsAhead(count);
+    const unsigned char *from = painted.first;
+    unsigned char *to = device.first;
+    for (size_t left = rows; left > 0; --left) {
+        if (ahead != 0 && left > ahead) {
+            fetchToWrite(to + ahead * device.lineLength, count);
+            __builtin_prefetch(from + ahead * painted.lineLength);
+        }
+        write(reinterpret_cast<const uint32_t *>(from), to, count);
+        from += painted.lineLength;
+        to += device.lineLength;
+    }
+}
+
+/// A few pixels, without a call for them.
+void clearNarrow(unsigned char *row, size_t count) {
+    constexpr size_t kStep = 4;
+    constexpr unsigned char kClear[kStep * kPixelBytes] = {};
+    size_t at = 0;
+    for (; at + kStep <= count; at += kStep)
+        std::memcpy(row + at * kPixelBytes, kClear, sizeof kClear);
+    for (; at < count; ++at)
+        std::memcpy(row + at * kPixelBytes, kClear, kPixelBytes);
 }
 
 }  // namespace
@@ -345,18 +366,25 @@ void writeRow(const PixelLayout &layout, const uint32_t *painted, unsigned char 
 
 void writeRows(const PixelLayout &layout, const PixelRows<const unsigned char> &painted,
                const PixelRows<unsigned char> &device, size_t count, size_t rows) {
-    const RowWriter write = count <= kNarrowRow ? narrowWriterOf(layout) : writerOf(layout);
-    const size_t ahead = rowsAhead(count);
-    const unsigned char *from = painted.first;
-    unsigned char *to = device.first;
-    for (size_t left = rows; left > 0; --left) {
-        if (ahead != 0 && left > ahead) {
-            fetchToWrite(to + ahead * device.lineLength, count);
-            __builtin_prefetch(from + ahead * painted.lineLength);
+    if (count <= kNarrowRow && layout.straight && isPaintedOrder(layout)) {
+        writeEach(painted, device, count, rows, writeNarrow);
+    } else {
+        const RowWriter write = writerOf(layout);
+        writeEach(painted, device, count, rows,
+                  [&](const uint32_t *from, unsigned char *to, size_t pixels) {
+                      write(layout, from, to, pixels);
+                  });
+    }
+}
+
+void clearRows(const PixelRows<unsigned char> &painted, size_t count, size_t rows) {
+    unsigned char *row = painted.first;
+    for (; rows > 0; --rows, row += painted.lineLength) {
+        if (count <= kNarrowRow) {
+            clearNarrow(row, count);
+        } else {
+            std::memset(row, 0, count * kPixelBytes);
         }
-        write(layout, reinterpret_cast<const uint32_t *>(from), to, count);
-        from += painted.lineLength;
-        to += device.lineLength;
     }
 }
 

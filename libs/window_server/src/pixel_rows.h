@@ -52,6 +52,9 @@ struct PixelRows {
 void writeRows(const PixelLayout &layout, const PixelRows<const unsigned char> &painted,
                const PixelRows<unsigned char> &device, size_t count, size_t rows);
 
+/** Makes the first `count` pixels of `rows` rows of painted pixels transparent. */
+void clearRows(const PixelRows<unsigned char> &painted, size_t count, size_t rows);
+
 }  // namespace qws
 
 #endif

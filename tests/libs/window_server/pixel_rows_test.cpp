@@ -161,5 +161,23 @@ TEST(PixelRows, ARectangleIsItsRowsAndNothingBesideThem) {
     }
 }
 
+TEST(PixelRows, AClearedRectangleLeavesWhatIsBesideIt) {
+    for (const size_t width : {1, 2, 3, 4, 7, 8, 15, 16, 17, 63, 600}) {
+        constexpr size_t kRows = 5;
+        constexpr size_t kBefore = 3;
+        const size_t line = width + 7;
+        std::vector<uint32_t> painted(line * (kRows + 2), 0xdeadbeef);
+        clearRows({reinterpret_cast<unsigned char *>(painted.data() + line + kBefore),
+                   line * sizeof(uint32_t)},
+                  width, kRows);
+        for (size_t i = 0; i < painted.size(); ++i) {
+            const size_t y = i / line;
+            const size_t x = i % line;
+            const bool inside = y >= 1 && y <= kRows && x >= kBefore && x < kBefore + width;
+            ASSERT_EQ(inside ? 0u : 0xdeadbeef, painted[i]) << width << ": " << x << ", " << y;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace qws
