@@ -4,6 +4,7 @@
 #include <QHashFunctions>
 
 #include "label_paint.h"
+#include "label_picture.h"
 #include "window_server/qws_fonts.h"
 
 namespace {
@@ -21,6 +22,7 @@ constexpr uint kTheFont = 0xFFFFFFFF;
 void drop_when_exhausted(FontMemory &memory) {
     if (!memory.isExhausted()) return;
     forget_placed_texts();
+    forget_label_pictures();
     qws::dropFontCaches();
     memory.clear();
 }

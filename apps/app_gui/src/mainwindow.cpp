@@ -6,7 +6,9 @@
 #include <QPainter>
 #include <QResizeEvent>
 
+#include "backing_pixels.h"
 #include "basewidget.h"
+#include "border_paint.h"
 #include "window_geometry.h"
 #include "window_server/qws_screen.h"
 #include "window_server/qws_server.h"
@@ -19,15 +21,6 @@ constexpr unsigned kFirstTick = 10;
 constexpr int kDotOrigin = 32;
 /// No code of changeResolution(), so that the first call always applies its mode.
 constexpr unsigned kNoResolution = ~0u;
-
-void draw_stroke(QPainter &painter, const BorderStroke &stroke, int width) {
-    painter.setPen(QPen(QColor(stroke.colour), width));
-    if (stroke.shape == BorderStroke::kLine) {
-        painter.drawLines(&stroke.line, 1);
-    } else {
-        painter.drawRect(stroke.outline);
-    }
-}
 
 }  // namespace
 
@@ -171,11 +164,11 @@ void MainWindow::paintEvent(QPaintEvent *event) {
     if (isUserSplit()) {
         MAINWINDOW_DEBUG("line%d \n", static_cast<int>(picture.strokes.size()));
     }
+    const BackingPixels pixels(painter, *this);
+    BorderPainter border(painter, pixels, event->region());
     for (int i = 0; i < picture.strokes.size(); ++i) {
         const BorderStroke &stroke = picture.strokes[i];
-        if (stroke_region(stroke, picture.width).intersects(event->region())) {
-            draw_stroke(painter, stroke, picture.width);
-        }
+        border.paint(stroke, picture.width);
         if (stroke.shape == BorderStroke::kOutline) {
             MAINWINDOW_DEBUG("rect%d x=%d,y=%d, w=%d, h=%d lw=%d\n", i, stroke.outline.x(),
                              stroke.outline.y(), stroke.outline.width(), stroke.outline.height(),

@@ -27,6 +27,9 @@ MoveLabel::MoveLabel(QWidget *parent, bool movable, const MoveLabelKind &kind)
       mActualScreen(parentScreen(parent)),
       mVirtualScreen(kind.startsWithVirtualSpace ? kVirtualSpace : mActualScreen) {
     setTextFormat(Qt::PlainText);
+    // The style sheet gives the label no background; without this the toolkit paints it all the
+    // same, which takes as long as the label itself.
+    setAttribute(Qt::WA_NoSystemBackground);
 }
 
 bool MoveLabel::setVirtualScreen(const QRect &screen) {

@@ -4,14 +4,17 @@
 #include <QDateTime>
 #include <QFont>
 #include <QHash>
+#include <QPaintEvent>
 #include <QPainter>
 #include <algorithm>
 #include <cstring>
 #include <utility>
 
+#include "backing_pixels.h"
 #include "font_memory.h"
 #include "label_geometry.h"
 #include "label_paint.h"
+#include "label_picture.h"
 #include "record_text.h"
 
 namespace {
@@ -149,15 +152,13 @@ void MoveOSDLabel::applyFontStyle() {
     setFontStyle(mRecord.bold != 0, pointSize());
 }
 
-void MoveOSDLabel::paintEvent(QPaintEvent *) {
+void MoveOSDLabel::paintEvent(QPaintEvent *event) {
     {
         QPainter painter(this);
         painter.setRenderHint(QPainter::TextAntialiasing);
         painter.setFont(paintFont(mRecord.bold != 0, pointSize()));
-        const TextColors colors = record_colors(mRecord);
-        const bool boxed = !colors.outlined && colors.back.alpha() != 0;
-        if (boxed) painter.fillRect(rect(), colors.back);
-        draw_text(painter, rect(), Qt::AlignLeft | Qt::AlignTop, text(), colors);
+        paint_label(painter, BackingPixels(painter, *this), rect(), event->region(), text(),
+                    record_colors(mRecord));
     }
     limitToRoom();
 }

@@ -20,3 +20,4 @@ set_target_properties(basewidget_test PROPERTIES AUTOMOC ON)
 app_gui_test(font_memory_test
     SOURCES font_memory_test.cpp gui_main.cpp
     LIBS app_gui_core Qt6::GuiPrivate)
+app_gui_test(label_picture_test SOURCES label_picture_test.cpp screen_main.cpp LIBS app_gui_core)

@@ -8,3 +8,4 @@ app_gui_test(mainwindow_events_test SOURCES mainwindow_events_test.cpp gui_main.
 app_gui_test(mainwindow_paint_test SOURCES mainwindow_paint_test.cpp gui_main.cpp
     LIBS app_gui_core)
 app_gui_test(encoderapp_test SOURCES encoderapp_test.cpp LIBS app_gui_core)
+app_gui_test(border_paint_test SOURCES border_paint_test.cpp screen_main.cpp LIBS app_gui_core)

@@ -11,6 +11,7 @@
 #include <QCoreApplication>
 #include <QImage>
 #include <QPaintEvent>
+#include <QPainter>
 #include <QTimerEvent>
 #include <cstdlib>
 #include <cstring>
@@ -26,6 +27,30 @@ void set_text(char (&field)[kSize], const char *text) {
     const size_t length = strnlen(text, kSize - 1);
     std::memset(field, 0, kSize);
     std::memcpy(field, text, length);
+}
+
+/// The borders of a catalogue mode, drawn from the catalogue and not by the main window: green,
+/// that of the audio's window red.
+inline QImage drawn_borders(const QSize &size, int mode, int width, int audioWindow) {
+    QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    image.fill(0);
+    if (width <= 0) {
+        return image;
+    }
+    SplitInfo split = {};
+    hal_get_split_info(static_cast<unsigned>(mode), &split);
+    const unsigned canvas[4] = {0, 0, static_cast<unsigned>(size.width()),
+                                static_cast<unsigned>(size.height())};
+    QPainter painter(&image);
+    for (unsigned i = 0; i < split.wndCnt; ++i) {
+        int edge[4] = {};
+        hal_get_split_wnd_info(canvas, &split.wnd[i], edge);
+        const bool audio = static_cast<int>(i) == audioWindow;
+        painter.setPen(QPen(audio ? QColor(255, 0, 0) : QColor(0, 255, 0), width));
+        painter.drawRect(edge[0] + width / 2, edge[1] + width / 2, edge[2] - edge[0] - width,
+                         edge[3] - edge[1] - width);
+    }
+    return image;
 }
 
 /** Counts the paint events of a widget and joins their regions. */

@@ -11,29 +11,6 @@ namespace {
 constexpr QRgb kVideo = 0xFF00FF00;
 constexpr QRgb kAudio = 0xFFFF0000;
 
-/// The borders of a catalogue mode, drawn from the catalogue and not by the main window.
-QImage drawn_borders(const QSize &size, int mode, int width, int audioWindow) {
-    QImage image(size, QImage::Format_ARGB32_Premultiplied);
-    image.fill(0);
-    if (width <= 0) {
-        return image;
-    }
-    SplitInfo split = {};
-    hal_get_split_info(static_cast<unsigned>(mode), &split);
-    const unsigned canvas[4] = {0, 0, static_cast<unsigned>(size.width()),
-                                static_cast<unsigned>(size.height())};
-    QPainter painter(&image);
-    for (unsigned i = 0; i < split.wndCnt; ++i) {
-        int edge[4] = {};
-        hal_get_split_wnd_info(canvas, &split.wnd[i], edge);
-        const bool audio = static_cast<int>(i) == audioWindow;
-        painter.setPen(QPen(audio ? QColor(255, 0, 0) : QColor(0, 255, 0), width));
-        painter.drawRect(edge[0] + width / 2, edge[1] + width / 2, edge[2] - edge[0] - width,
-                         edge[3] - edge[1] - width);
-    }
-    return image;
-}
-
 /// `image` with nothing outside `region`.
 QImage cut(const QImage &image, const QRegion &region) {
     QImage part(image.size(), QImage::Format_ARGB32_Premultiplied);

@@ -1,0 +1,140 @@
+#include "border_paint.h"
+
+#include <QImage>
+#include <QPainter>
+#include <QPen>
+
+namespace {
+
+/** The pixels that a row of an outline lacks at either end. */
+struct Indent {
+    int left;
+    int right;
+};
+
+bool operator==(const Indent &a, const Indent &b) {
+    return a.left == b.left && a.right == b.right;
+}
+
+/** The bevelled rows of an outline, as many as it is wide: from the top and from the bottom on. */
+struct OutlineEnds {
+    int width = 0;
+    QVector<Indent> top;
+    QVector<Indent> bottom;
+};
+
+constexpr int kInsideWidths = 4;
+
+void stroke_outline(QPainter &painter, const QRect &outline, QRgb colour, int width) {
+    painter.setPen(QPen(QColor(colour), width));
+    painter.drawRect(outline);
+}
+
+Indent indent_of(const QImage &sample, int y) {
+    Indent indent{0, 0};
+    const int last = sample.width() - 1;
+    while (indent.left < last && sample.pixel(indent.left, y) == 0)
+        ++indent.left;
+    while (indent.right < last && sample.pixel(last - indent.right, y) == 0)
+        ++indent.right;
+    return indent;
+}
+
+/** Which pixels of the corners a stroke leaves out is the painter's own matter: one is painted. */
+OutlineEnds painted_ends(int width) {
+    const int extent = kInsideWidths * width + 1;
+    QImage sample(extent, extent, QImage::Format_ARGB32_Premultiplied);
+    sample.fill(Qt::transparent);
+    {
+        QPainter painter(&sample);
+        stroke_outline(painter, border_outline(sample.rect(), width), qRgb(0, 0, 0), width);
+    }
+    OutlineEnds ends;
+    ends.width = width;
+    for (int i = 0; i < width; ++i) {
+        ends.top.append(indent_of(sample, i));
+        ends.bottom.append(indent_of(sample, extent - 1 - i));
+    }
+    return ends;
+}
+
+const OutlineEnds &outline_ends(int width) {
+    static OutlineEnds latest;
+    if (latest.width != width) latest = painted_ends(width);
+    return latest;
+}
+
+/** Rows `step` apart from `y` on, those with the same ends as one rectangle. */
+void append_rows(QVector<QRect> &parts, const QRect &window, int y, int step,
+                 const QVector<Indent> &ends) {
+    for (qsizetype i = 0; i < ends.size(); ++i, y += step) {
+        const QRect row(QPoint(window.left() + ends[i].left, y),
+                        QPoint(window.right() - ends[i].right, y));
+        if (i > 0 && ends[i] == ends[i - 1]) {
+            parts.last() |= row;
+        } else {
+            parts.append(row);
+        }
+    }
+}
+
+/** Whether two rectangles have a pixel in common; neither is empty. */
+bool meet(const QRect &a, const QRect &b) {
+    return a.left() <= b.right() && b.left() <= a.right() && a.top() <= b.bottom() &&
+           b.top() <= a.bottom();
+}
+
+/** The rectangle that lies half a width around an outline. */
+QRect window_of(const QRect &outline, int width) {
+    return QRect(outline.x() - width / 2, outline.y() - width / 2, outline.width() + width,
+                 outline.height() + width);
+}
+
+}  // namespace
+
+QVector<QRect> outline_parts(const QRect &window, int width) {
+    QVector<QRect> parts;
+    const bool simple = width >= 1 && width <= kWidestFilledBorder &&
+                        window.width() > kInsideWidths * width &&
+                        window.height() > kInsideWidths * width;
+    if (!simple) return parts;
+    const OutlineEnds &ends = outline_ends(width);
+    append_rows(parts, window, window.top(), 1, ends.top);
+    append_rows(parts, window, window.bottom(), -1, ends.bottom);
+    const QRect between = window.adjusted(0, width, 0, -width);
+    parts.append(QRect(between.topLeft(), QSize(width, between.height())));
+    parts.append(QRect(QPoint(between.right() + 1 - width, between.top()), between.bottomRight()));
+    return parts;
+}
+
+void BorderPainter::paint(const BorderStroke &stroke, int width) {
+    if (!filled(stroke, width)) stroked(stroke, width);
+}
+
+/// A window's border as rectangles, each cut with those that are to be painted: a painter would
+/// make a list of all stretches of a row of all of them first. False where only a stroke will do.
+bool BorderPainter::filled(const BorderStroke &stroke, int width) const {
+    if (!mPixels || stroke.shape != BorderStroke::kOutline || width > kWidestFilledBorder)
+        return false;
+    const QRect window = window_of(stroke.outline, width);
+    if (!mPixels.bounds().contains(window)) return false;
+    const QVector<QRect> parts = outline_parts(window, width);
+    if (parts.isEmpty()) return false;
+    for (const QRect &dirty : mDirty) {
+        if (!meet(dirty, window)) continue;
+        for (const QRect &part : parts) {
+            if (meet(part, dirty)) mPixels.fill(part & dirty, stroke.colour);
+        }
+    }
+    return true;
+}
+
+void BorderPainter::stroked(const BorderStroke &stroke, int width) {
+    if (!stroke_region(stroke, width).intersects(mDirty)) return;
+    if (stroke.shape == BorderStroke::kLine) {
+        mPainter.setPen(QPen(QColor(stroke.colour), width));
+        mPainter.drawLines(&stroke.line, 1);
+    } else {
+        stroke_outline(mPainter, stroke.outline, stroke.colour, width);
+    }
+}
