@@ -141,11 +141,91 @@ void drawPlaced(QPainter &painter, const QRect &rect, const PlacedText &text) {
     if (!fits) painter.restore();
 }
 
-void drawAligned(QPainter &painter, const QRect &rect, int alignment, const QString &text) {
-    const bool simple = alignment == static_cast<int>(kTopLeft) && is_simple(text) &&
-                        painter.layoutDirection() == Qt::LeftToRight;
-    if (simple) {
+/// From so many lines on a turned text is drawn line by line.
+constexpr int kManyLines = 4;
+
+/** What the characters of a line cover, from the text's top left corner on. */
+QRectF inkOf(const QTextLine &line) {
+    // Edges are made smooth, and begin on a fraction of a pixel.
+    constexpr qreal kBeyond = 2;
+    QRectF ink;
+    for (const QGlyphRun &run : line.glyphRuns()) {
+        const QRectF box = run.boundingRect();
+        // Without a font there are boxes, which nobody tells the size of.
+        ink |= box.isEmpty() ? line.naturalTextRect() : box;
+    }
+    return ink.adjusted(-kBeyond, -kBeyond, kBeyond, kBeyond);
+}
+
+/** QPainter::drawText() in the middle of `rect`; only the lines that are to be seen. */
+void drawLineByLine(QPainter &painter, const QRect &rect, const PlacedText &text,
+                    const QRect &visible) {
+    const QSizeF over = text.size - QSizeF(rect.size());
+    const bool fits = over.width() <= 0 && over.height() <= 0;
+    if (!fits) {
+        painter.save();
+        painter.setClipRect(rect, Qt::IntersectClip);
+    }
+    const QRectF seen = painter.worldTransform().inverted().mapRect(QRectF(visible));
+    for (int i = 0; i < text.layout.lineCount(); ++i) {
+        const QTextLine line = text.layout.lineAt(i);
+        const QPointF corner(rect.x() + (rect.width() - line.horizontalAdvance()) / 2,
+                             rect.y() - over.height() / 2);
+        if (inkOf(line).translated(corner).intersects(seen)) line.draw(&painter, corner);
+    }
+    if (!fits) painter.restore();
+}
+
+bool isTurned(const QPainter &painter) {
+    return painter.worldTransform().type() > QTransform::TxScale;
+}
+
+/** Whether the painter, for each piece of a text, switches to smooth edges and back: where it is
+ * turned by no quarter. */
+bool smoothsPieces(const QPainter &painter) {
+    const QTransform &turn = painter.worldTransform();
+    const bool quarter = (qFuzzyIsNull(turn.m11()) && qFuzzyIsNull(turn.m22())) ||
+                         (qFuzzyIsNull(turn.m12()) && qFuzzyIsNull(turn.m21()));
+    return isTurned(painter) && !quarter;
+}
+
+/** Smooth edges for a whole text: each switch makes the painter work out again which pixels of
+ * all rows a turned clip holds, twice for each line. */
+class SmoothEdges {
+public:
+    explicit SmoothEdges(QPainter &painter)
+        : mPainter(painter),
+          mSwitched(smoothsPieces(painter) && !painter.testRenderHint(QPainter::Antialiasing)) {
+        if (mSwitched) mPainter.setRenderHint(QPainter::Antialiasing);
+    }
+    SmoothEdges(const SmoothEdges &) = delete;
+    SmoothEdges &operator=(const SmoothEdges &) = delete;
+    ~SmoothEdges() {
+        if (mSwitched) mPainter.setRenderHint(QPainter::Antialiasing, false);
+    }
+
+private:
+    QPainter &mPainter;
+    bool mSwitched;
+};
+
+/** The characters that QPainter::drawText() shows: it knows no tabs, and of several versions of a
+ * text, as many as there are U+009C between them, it shows the last when none has room. */
+QString drawnCharacters(const QString &text) {
+    QString drawn = text.section(QChar(0x9C), -1);
+    drawn.replace(QLatin1Char('\r'), QLatin1Char(' '));
+    drawn.replace(QLatin1Char('\t'), QLatin1Char(' '));
+    return drawn;
+}
+
+void drawAligned(QPainter &painter, const QRect &rect, int alignment, const QString &text,
+                 const QRect &visible) {
+    const bool fromLeft = painter.layoutDirection() == Qt::LeftToRight;
+    if (alignment == static_cast<int>(kTopLeft) && fromLeft && is_simple(text)) {
         drawPlaced(painter, rect, placed_texts().of(text, painter.font()));
+    } else if (alignment == static_cast<int>(Qt::AlignCenter) && fromLeft && isTurned(painter) &&
+               text.count(QLatin1Char('\n')) >= kManyLines) {
+        drawLineByLine(painter, rect, *placed(drawnCharacters(text), painter.font()), visible);
     } else {
         painter.drawText(rect, alignment, text);
     }
@@ -181,16 +261,17 @@ QColor record_color(const QByteArray &name, int alpha) {
 }
 
 void draw_text(QPainter &painter, const QRect &rect, int alignment, const QString &text,
-               const TextColors &colors) {
+               const TextColors &colors, const QRect &visible) {
+    const SmoothEdges smooth(painter);
     // Pens, because a painter that is handed a colour of no name drops its alpha.
     if (colors.outlined && colors.back.alpha() != 0) {
         painter.setPen(QPen(colors.back, kPenWidth));
         for (const QPoint offset : {QPoint(-1, -1), QPoint(1, -1), QPoint(1, 1), QPoint(-1, 1)}) {
-            drawAligned(painter, rect.translated(offset), alignment, text);
+            drawAligned(painter, rect.translated(offset), alignment, text, visible);
         }
     }
     painter.setPen(QPen(colors.fore, kPenWidth));
-    drawAligned(painter, rect, alignment, text);
+    drawAligned(painter, rect, alignment, text, visible);
 }
 
 void forget_placed_texts() {

@@ -39,9 +39,11 @@ TextColors record_colors(const Record &record) {
  * Draws the text, first four times in the back colour, a pixel off in each diagonal direction,
  * where it is outlined. The box of other texts is the caller's.
  * @param alignment  Qt::Alignment of the lines in `rect`.
+ * @param visible    what of the painter's device is seen or kept, before the painter's own
+ *                   transformation; lines that lie outside need not be drawn.
  */
 void draw_text(QPainter &painter, const QRect &rect, int alignment, const QString &text,
-               const TextColors &colors);
+               const TextColors &colors, const QRect &visible);
 
 /** Frees the texts whose characters draw_text() keeps placed. */
 void forget_placed_texts();

@@ -68,7 +68,7 @@ Pictures &label_pictures() {
 void paint_directly(QPainter &painter, const QRect &rect, const QString &text,
                     const TextColors &colors) {
     if (!colors.outlined && colors.back.alpha() != 0) painter.fillRect(rect, colors.back);
-    draw_text(painter, rect, Qt::AlignLeft | Qt::AlignTop, text, colors);
+    draw_text(painter, rect, Qt::AlignLeft | Qt::AlignTop, text, colors, rect);
 }
 
 bool is_empty_row(const QImage &image, int y) {

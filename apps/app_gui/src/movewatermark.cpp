@@ -47,6 +47,10 @@ bool showsClock(const WatermarkOSDParameter &record) {
     return record.type1 == kSlotDateTime || record.type2 == kSlotDateTime;
 }
 
+qint64 pixelsOf(const QSize &size) {
+    return qint64{size.width()} * size.height();
+}
+
 /** The middle of a label of that size, from which a turned text is drawn. */
 QPoint centreOf(const QSize &size) {
     return {(size.width() - 1) / 2, (size.height() - 1) / 2};
@@ -222,7 +226,8 @@ void MoveWatermarkLabel::actualScreenChanged(const QRect &) {
 void MoveWatermarkLabel::paintEvent(QPaintEvent *event) {
     QPainter painter(this);
     if (!isRendered()) {
-        paintText(painter);
+        mRendition.reset();
+        paintText(painter, event->rect());
         return;
     }
     renderTurned();
@@ -235,7 +240,8 @@ void MoveWatermarkLabel::paintEvent(QPaintEvent *event) {
 
 bool MoveWatermarkLabel::isRendered() const {
     return mRecord.angle != 0 && mRecord.en != 0 &&
-           window()->testAttribute(Qt::WA_TranslucentBackground);
+           window()->testAttribute(Qt::WA_TranslucentBackground) &&
+           pixelsOf(size()) <= pixelsOf(window()->size());
 }
 
 bool MoveWatermarkLabel::isRenditionCurrent() const {
@@ -257,7 +263,7 @@ void MoveWatermarkLabel::renderTurned() {
     image.fill(Qt::transparent);
     {
         QPainter painter(&image);
-        paintText(painter);
+        paintText(painter, rect());
     }
     const QFont font = paintFont(mRecord.bold != 0, pointSize());
     mRendition.reset(new Rendition{text(), font, mRecord, image, painted_bands(image)});
@@ -269,7 +275,7 @@ void MoveWatermarkLabel::hideEvent(QHideEvent *event) {
     MoveLabel::hideEvent(event);
 }
 
-void MoveWatermarkLabel::paintText(QPainter &painter) const {
+void MoveWatermarkLabel::paintText(QPainter &painter, const QRect &visible) const {
     painter.setRenderHint(QPainter::TextAntialiasing);
     painter.setFont(paintFont(mRecord.bold != 0, pointSize()));
     const TextColors colors = record_colors(mRecord);
@@ -281,5 +287,5 @@ void MoveWatermarkLabel::paintText(QPainter &painter) const {
         painter.translate(centre);
         painter.rotate(mRecord.angle);
     }
-    draw_text(painter, textRect, Qt::AlignCenter, text(), colors);
+    draw_text(painter, textRect, Qt::AlignCenter, text(), colors, visible);
 }

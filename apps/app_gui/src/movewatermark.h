@@ -113,7 +113,7 @@ private:
      * in place.
      */
     void renderTurned();
-    void paintText(QPainter &painter) const;
+    void paintText(QPainter &painter, const QRect &visible) const;
 
     WatermarkOSDParameter mRecord{};
     MeasuringFont mMeasuredIn;

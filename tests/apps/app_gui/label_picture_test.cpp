@@ -119,7 +119,7 @@ protected:
                 prepare(painter, label);
                 if (!label.colors.outlined) painter.fillRect(label.rect, label.colors.back);
                 draw_text(painter, label.rect, Qt::AlignLeft | Qt::AlignTop, label.text,
-                          label.colors);
+                          label.colors, label.rect);
             },
             part);
     }

@@ -60,10 +60,51 @@ TEST(LabelPainting, GivesThePixelsOfTheToolkitForAnyTextFontAndRoom) {
         // Twice: placed anew, and as kept.
         for (const char *when : {"first", "again"}) {
             const QImage seen = painted(font, [&](QPainter &p) {
-                draw_text(p, room, alignment, text, {kFore, kBack, true});
+                draw_text(p, room, alignment, text, {kFore, kBack, true}, QRect(0, 0, 300, 120));
             });
             ASSERT_EQ(seen, expected) << when << ", case " << i << ": " << text.toStdString();
         }
+    }
+}
+
+QString manyLines(std::mt19937 &random) {
+    static const QString kCharacters = QStringLiteral("AVTo.,ijfl Wy&~ 0123456789:-\t\r§中ע");
+    QString text;
+    for (int line = 4 + static_cast<int>(random() % 12); line > 0; --line) {
+        for (int left = static_cast<int>(random() % 6); left > 0; --left) {
+            text +=
+                kCharacters[static_cast<int>(random() % static_cast<unsigned>(kCharacters.size()))];
+        }
+        text += QLatin1Char('\n');
+    }
+    return text;
+}
+
+TEST(LabelPainting, GivesThePixelsOfTheToolkitForATurnedTextOfManyLines) {
+    std::mt19937 random(20261121);
+    for (int i = 0; i < 300; ++i) {
+        QFont font;
+        // Signs of more than 64 pixels are drawn as paths.
+        font.setPointSize(i % 10 == 0 ? 70 : 6 + static_cast<int>(random() % 20));
+        const int angle = static_cast<int>(random() % 720) - 360;
+        const QRect room(-static_cast<int>(random() % 60), -static_cast<int>(random() % 60),
+                         1 + static_cast<int>(random() % 150),
+                         1 + static_cast<int>(random() % 200));
+        const QString text = manyLines(random);
+        const auto turned = [&](QPainter &painter) {
+            painter.translate(150, 60);
+            painter.rotate(angle);
+        };
+        const QImage expected = painted(font, [&](QPainter &p) {
+            turned(p);
+            drawOutlined(p, room, Qt::AlignCenter, text);
+        });
+        const QImage seen = painted(font, [&](QPainter &p) {
+            turned(p);
+            draw_text(p, room, Qt::AlignCenter, text, {kFore, kBack, true}, QRect(0, 0, 300, 120));
+        });
+        ASSERT_EQ(seen, expected) << "case " << i << ", angle " << angle << ": "
+                                  << text.toStdString();
     }
 }
 
@@ -72,7 +113,7 @@ TEST(LabelPainting, LeavesThePaintersClipAsItWas) {
         const QRect clip(0, 0, 100, 100);
         painter.setClipRect(clip);
         draw_text(painter, QRect(0, 0, 5, 5), Qt::AlignLeft | Qt::AlignTop,
-                  QStringLiteral("too long"), {kFore, kBack, false});
+                  QStringLiteral("too long"), {kFore, kBack, false}, clip);
         EXPECT_EQ(painter.clipBoundingRect().toRect(), clip);
     });
 }

@@ -1,3 +1,7 @@
+#include <QFile>
+#include <cstdlib>
+#include <string>
+
 #include "labels_watermark_fixture.h"
 
 namespace {
@@ -58,6 +62,53 @@ TEST_F(WatermarkLabel, PaintsABoxOrAnOutlineAndTheTextTurned) {
             }
         }
     }
+}
+
+/// Bytes of memory that the process ever had at once.
+qint64 mostMemory() {
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly)) return 0;
+    for (const QByteArray &line : status.readAll().split('\n')) {
+        if (line.startsWith("VmHWM:"))
+            return line.mid(6).simplified().split(' ')[0].toLongLong() << 10;
+    }
+    return 0;
+}
+
+// The height of a turned text is that of its lines: of hundreds of them it is many screens, and
+// each line that is cut at a turned edge as high costs milliseconds.
+TEST_F(WatermarkLabel, ATurnedTextOfHundredsOfLinesIsPaintedAsFarAsItIsSeen) {
+    const qint64 before = mostMemory();
+    ASSERT_GT(before, 0);
+    std::string signs;
+    for (int i = 0; i < 127; ++i)
+        signs += "W\n";
+    const std::string wide = std::string(10, 'W') + std::string(245, '\n');
+    for (const std::string &text : {signs, wide}) {
+        for (const int turn : {1, 30, 90, 179, -2, -31, -91, -178}) {
+            WatermarkOSDParameter record = watermarkRecord("");
+            record.font = 6;
+            record.angle = std::abs(turn);
+            record.en = turn < 0 ? 1 : 0;
+            record.step = 7;
+            record.speed = 1;
+            fill(record.contet, text.c_str());
+            fill(record.text1, text.c_str());
+            fill(record.text2, text.c_str());
+            mLabel.setOSD(&record, 1);
+            mLabel.move(300, 500 - mLabel.height() / 2);
+            mLabel.checkIsVisible(true);
+            mWindow.settle();
+            for (int tick = 0; tick < 4; ++tick) {
+                mLabel.checkAndMove(tick);
+                mWindow.settle();
+            }
+            EXPECT_NE(mWindow.pixels(), emptyWindow()) << turn;
+            mLabel.hide();
+        }
+    }
+    constexpr qint64 kMore = qint64{60} << 20;
+    EXPECT_LT(mostMemory() - before, kMore);
 }
 
 TEST_F(WatermarkLabel, PaintsTheSameOverAnOpaqueWindow) {
