@@ -113,6 +113,22 @@ bool is_too_large(const QSize &picture, const PictureForm &form) {
     return limit > 0 && turned.width() * turned.height() * sizeof(QRgb) > limit;
 }
 
+/** The file that a path means: the path as it stands, as Latin-1, or one of these with the suffix
+ * of a picture format behind it. Empty for none. */
+QByteArray file_name(const QByteArray &path) {
+    const QByteArray names[] = {path, QString::fromLatin1(path).toUtf8()};
+    for (const QByteArray &name : names) {
+        if (is_regular_file(name)) return name;
+    }
+    if (path.isEmpty()) return {};
+    for (const QByteArray &name : names) {
+        for (const QByteArray &suffix : QImageReader::supportedImageFormats()) {
+            if (is_regular_file(name + '.' + suffix)) return name + '.' + suffix;
+        }
+    }
+    return {};
+}
+
 }  // namespace
 
 PictureForm picture_form(const WatermarkPictureParameter &record, const QSize &cell) {
@@ -121,9 +137,8 @@ PictureForm picture_form(const WatermarkPictureParameter &record, const QSize &c
 
 std::optional<QByteArray> picture_bytes(const QByteArray &path) {
     if (path.startsWith(":/")) return resource_bytes(path);
-    QByteArray name = path;
-    if (!is_regular_file(name)) name = QString::fromLatin1(path).toUtf8();
-    if (!is_regular_file(name)) return {};
+    const QByteArray name = file_name(path);
+    if (name.isEmpty()) return {};
     const int descriptor = open(name.constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     if (descriptor < 0) return {};
     QFile file;

@@ -38,7 +38,8 @@ PictureForm picture_form(const WatermarkPictureParameter &record, const QSize &c
 /**
  * The bytes of a regular file of at most 64 MiB; nothing for others: a pipe or a device could
  * block.
- * @param path  as bytes, usually UTF-8. One that names no file is tried again as Latin-1.
+ * @param path  as bytes, usually UTF-8. One that names no file is tried again as Latin-1, and then
+ *              with the suffix of each picture format.
  */
 std::optional<QByteArray> picture_bytes(const QByteArray &path);
 

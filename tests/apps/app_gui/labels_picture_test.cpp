@@ -288,6 +288,19 @@ TEST_F(Picture, NamesAreTakenAsBytesAndElseAsLatin1) {
     EXPECT_EQ(mLabel.size(), QSize(6, 3));
 }
 
+TEST_F(Picture, NamesMayLackTheSuffixOfAPicturesFormat) {
+    ASSERT_TRUE(gradient(6, 3).save(mFolder.filePath("logo.png")));
+    fill(mRecord.file, path("logo").constData());
+    EXPECT_EQ(errorsOf(), "");
+    EXPECT_EQ(mLabel.size(), QSize(6, 3));
+    ASSERT_TRUE(gradient(9, 4).save(mFolder.filePath("logo"), "PNG"));
+    EXPECT_EQ(errorsOf(), "") << "the name itself comes first";
+    EXPECT_EQ(mLabel.size(), QSize(9, 4));
+    write("no picture", "notes.txt");
+    fill(mRecord.file, path("notes").constData());
+    EXPECT_NE(errorsOf(), "") << "not any suffix";
+}
+
 TEST_F(Picture, OfTheProcesssOwnResourcesIsShown) {
     const QImage arrow(QStringLiteral(":/resources/picture/cursor_arrow.png"));
     ASSERT_FALSE(arrow.isNull());
