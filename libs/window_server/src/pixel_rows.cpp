@@ -105,17 +105,42 @@ Vector alphaEverywhere(Vector pixels) {
     return _mm_or_si128(twice, _mm_slli_epi32(twice, 16));
 }
 
+/** Straight colours where each channel is all of the alpha or nothing, as at the edges of white,
+ * black and bright texts. */
+struct Bright {
+    Vector pixels;
+    Vector holds;  ///< all bits set in the bytes of which that is true
+};
+
+Bright bright(Vector pixels) {
+    const Vector alphaByte = _mm_set1_epi32(static_cast<int>(0xFF000000));
+    const Vector none = _mm_cmpeq_epi8(pixels, _mm_setzero_si128());
+    const Vector full = _mm_cmpeq_epi8(pixels, alphaEverywhere(pixels));
+    return {_mm_or_si128(_mm_and_si128(pixels, alphaByte),
+                         _mm_andnot_si128(_mm_or_si128(none, alphaByte), full)),
+            _mm_or_si128(none, full)};
+}
+
+/// Writes the pixels of a cache line if they are all bright.
+bool writeBrightLine(const uint32_t *painted, unsigned char *device, bool pastCache) {
+    constexpr size_t kVectors = kLinePixels / kVectorPixels;
+    Bright line[kVectors];
+    for (size_t i = 0; i < kVectors; ++i)
+        line[i] = bright(load(painted + i * kVectorPixels));
+    Vector holds = line[0].holds;
+    for (size_t i = 1; i < kVectors; ++i)
+        holds = _mm_and_si128(holds, line[i].holds);
+    if (!holdsEverywhere(holds)) return false;
+    for (size_t i = 0; i < kVectors; ++i)
+        store(device + i * sizeof(Vector), line[i].pixels, pastCache);
+    return true;
+}
+
 /// A vector of pixels with straight colours.
 Vector unpremultiplied(const uint32_t *painted) {
     const Vector pixels = load(painted);
-    const Vector none = _mm_cmpeq_epi8(pixels, _mm_setzero_si128());
-    const Vector full = _mm_cmpeq_epi8(pixels, alphaEverywhere(pixels));
-    if (holdsEverywhere(_mm_or_si128(none, full))) {
-        // The edges of white, black and bright texts: each channel is all of the alpha or nothing.
-        const Vector alphaByte = _mm_set1_epi32(static_cast<int>(0xFF000000));
-        return _mm_or_si128(_mm_and_si128(pixels, alphaByte),
-                            _mm_andnot_si128(_mm_or_si128(none, alphaByte), full));
-    }
+    const Bright simple = bright(pixels);
+    if (holdsEverywhere(simple.holds)) return simple.pixels;
     const Vector low = _mm_set1_epi32(0xFF);
     const Vector alpha = _mm_srli_epi32(pixels, 24);
     const Vector red = _mm_and_si128(_mm_srli_epi32(pixels, 16), low);
@@ -222,7 +247,7 @@ void writeInPaintedOrder(const uint32_t *painted, unsigned char *device, size_t 
         if (isPlainLine(painted + at)) {
             for (size_t i = at; i < at + kLinePixels; i += kVectorPixels)
                 store(device + i * kPixelBytes, load(painted + i), pastCache);
-        } else {
+        } else if (!writeBrightLine(painted + at, device + at * kPixelBytes, pastCache)) {
             writeVectors(painted + at, device + at * kPixelBytes, kLinePixels, pastCache);
         }
     }
