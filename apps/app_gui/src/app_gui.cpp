@@ -25,6 +25,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <memory>
 
 #include "app_gui_sockets.h"
 #include "command_protocol/command_protocol.h"
@@ -389,6 +390,11 @@ int post(UserEventType type, qint64 data, qint64 param) {
     return 0;
 }
 
+/** The C allocator's: the receiver of a copy frees it in the same way. */
+struct Free {
+    void operator()(void *block) const { std::free(block); }
+};
+
 /** Posts a copy of `copied` records, which becomes the receiver's. */
 template <typename Record>
 int post_records(const char *function, const char *record_name, UserEventType type,
@@ -401,13 +407,15 @@ int post_records(const char *function, const char *record_name, UserEventType ty
     const bool possible =
         copied >= 0 && static_cast<size_t>(copied) <= PTRDIFF_MAX / sizeof(Record);
     const size_t bytes = possible ? static_cast<size_t>(copied) * sizeof(Record) : 0;
-    void *copy = possible ? std::malloc(bytes) : nullptr;
+    std::unique_ptr<void, Free> copy(possible ? std::malloc(bytes) : nullptr);
     if (!copy) {
         ERROR_LINE_AS(function, "malloc %s failed!\n", record_name);
         return -6;
     }
-    std::memcpy(copy, records, bytes);
-    return post(type, reinterpret_cast<qintptr>(copy), param);
+    std::memcpy(copy.get(), records, bytes);
+    const int result = post(type, reinterpret_cast<qintptr>(copy.get()), param);
+    (void)copy.release();
+    return result;
 }
 
 }  // namespace

@@ -202,6 +202,29 @@ int set_watermark(const char *function, const char *if_name, const R *record, No
     return Family::update(if_name, record);
 }
 
+/**
+ * Stores a record and tells the display. When the display cannot be told, the old record is put
+ * back and `undo` takes back what else was changed: the same request then still counts as a change.
+ */
+template <typename R, typename Undo>
+int store_and_tell(R &stored, const R &record, int (*tell)(const R *, int), Undo undo) {
+    const R previous = stored;
+    stored = record;
+    const auto take_back = [&] {
+        stored = previous;
+        undo();
+    };
+    int result = 0;
+    try {
+        result = tell(&stored, 1);
+    } catch (...) {
+        take_back();
+        throw;
+    }
+    if (result != 0) take_back();
+    return result;
+}
+
 // ---- audio window
 
 void show_audio_window(int window, int stored) {
@@ -217,6 +240,12 @@ void follow_video_source(int channel, const VideoOutSourceChange &source) {
     } else if (audWndIdx == channel) {
         show_audio_window(-1, -1);
     }
+}
+
+/** The display was told of the window that is stored. While there is no memory to tell it of the
+ * old one, the stored one stays. */
+void take_back_audio_window(int32_t window) {
+    if (audWndIdx != window) show_audio_window(window, window);
 }
 
 bool same_border(const VideoOutputDisplayParameter &a, const VideoOutputDisplayParameter &b) {
@@ -384,10 +413,10 @@ int set_VideoOutSourceChange(int channel, const VideoOutSourceChange *record) {
     if (same_bytes(&previous, record)) return 0;
     const bool other_stream =
         record->index != previous.index && record->type == 1 && previous.type == 1;
+    const int32_t window = audWndIdx;
     if (!other_stream) follow_video_source(channel, *record);
-    data_VideoOutSourceChange[channel] = *record;
-    gui_update_video_source(&data_VideoOutSourceChange[channel], 1);
-    return 0;
+    return store_and_tell(data_VideoOutSourceChange[channel], *record, gui_update_video_source,
+                          [window] { take_back_audio_window(window); });
 }
 
 int set_AudioOutSourceChange(int output, const AudioOutSourceChange *record) {
@@ -445,9 +474,7 @@ int set_StreamingInputStatusChange(const StreamingInputStatusChange *record) {
     }
     StreamingInputStatusChange &stored = data_StreamingInputStatusChange[record->index];
     if (same_bytes(&stored, record)) return 0;
-    stored = *record;
-    gui_update_urlinfo(&stored, 1);
-    return 0;
+    return store_and_tell(stored, *record, gui_update_urlinfo, [] {});
 }
 
 int upload_WatermarkPicture(const char *if_name) {

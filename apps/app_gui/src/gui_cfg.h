@@ -197,6 +197,7 @@ APP_GUI_API int set_VideoOutputInterfaceParameter(const char *if_name,
 APP_GUI_API int set_VideoOutputScreenSplitParameter(const char *if_name,
                                                     const VideoOutputScreenSplitParameter *records);
 APP_GUI_API int set_VideoOutputDisplayParameter(const VideoOutputDisplayParameter *record);
+/** -6 when there is no memory to tell the display; nothing is stored then. */
 APP_GUI_API int set_VideoOutSourceChange(int channel, const VideoOutSourceChange *record);
 APP_GUI_API int set_AudioOutSourceChange(int output, const AudioOutSourceChange *record);
 /** Takes `OSDNumPerChannel` entries; non-zero `silent` stores without notifying the display. */
@@ -207,6 +208,7 @@ APP_GUI_API int set_WatermarkPictureParameter(const char *if_name,
                                               const WatermarkPictureParameter *record);
 APP_GUI_API int set_WatermarkDotmatrixParameter(const char *if_name,
                                                 const WatermarkDotmatrixParameter *record);
+/** -6 when there is no memory to tell the display; nothing is stored then. */
 APP_GUI_API int set_StreamingInputStatusChange(const StreamingInputStatusChange *record);
 /** The picture file of the interface was replaced: shows it anew. */
 APP_GUI_API int upload_WatermarkPicture(const char *if_name);

@@ -409,7 +409,8 @@ void clear_store() {
 
 int init_parameters() {
     clear_store();
-    remove_temporary_files(user_path("").c_str());
+    for (const char *file : kSavedFiles)
+        remove_temporary_files(user_path(file).c_str());
     for (const LoadStep &step : kLoadSteps) {
         const Outcome outcome = step.run(step);
         if (outcome.ends) return outcome.result;

@@ -57,6 +57,14 @@ struct InterfaceFamily<VideoOutputInterfaceParameter> {
 
 constexpr const char *kOsdFile = "VideoOutputOSDParameters.json";
 
+/** The user's files that this process writes; the others are written by other processes. */
+constexpr const char *kSavedFiles[] = {
+    kOsdFile,
+    InterfaceFamily<WatermarkOSDParameter>::kFile,
+    InterfaceFamily<WatermarkPictureParameter>::kFile,
+    InterfaceFamily<WatermarkDotmatrixParameter>::kFile,
+};
+
 /** Writes the family's whole array to its user file. */
 template <typename R>
 void save_family() {

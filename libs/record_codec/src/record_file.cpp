@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstring>
 #include <new>
@@ -156,10 +157,20 @@ bool write_all(int fd, const std::string &text) {
     return true;
 }
 
+/** The part of a path in front of its name, with its slash; "" for a mere name. */
+std::string_view folder_part(std::string_view path) {
+    return path.substr(0, path.rfind('/') + 1);
+}
+
+/** The folder that a file lies in. */
+std::string folder_of(std::string_view path) {
+    const std::string_view folder = folder_part(path);
+    return folder.empty() ? "." : std::string(folder);
+}
+
 /** The rename is on disk once its folder is. */
-bool synchronise_folder_of(const std::string &path) {
-    const size_t slash = path.rfind('/');
-    const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+bool synchronise_folder_of(std::string_view path) {
+    const std::string folder = folder_of(path);
     const Descriptor file(::open(folder.c_str(), O_RDONLY | O_CLOEXEC | O_DIRECTORY));
     if (file.get() < 0) return false;
     // Some file systems cannot synchronise a folder and say so; there is nothing more to do then.
@@ -220,14 +231,25 @@ int write_array(const Call &call, const Record &record, const void *records, uns
     return synchronise_folder_of(call.path) ? 0 : call.fail_errno("folder cannot be synchronised");
 }
 
-/** True for the name of a temporary file, e.g. "WatermarkOSDParameters.json.x4Tq0z.tmp". */
-bool is_temporary(std::string_view name) {
-    constexpr std::string_view kRecordFile = ".json";
-    if (name.size() < kTemporaryPattern.size() + kRecordFile.size()) return false;
-    const std::string_view end = name.substr(name.size() - kTemporaryPattern.size());
-    name.remove_suffix(kTemporaryPattern.size());
-    return end.front() == '.' && end.substr(end.size() - kTemporarySuffix) == ".tmp" &&
-           name.substr(name.size() - kRecordFile.size()) == kRecordFile;
+/** True for a temporary file of the file of that name: "x.json.x4Tq0z.tmp" for "x.json". */
+bool is_temporary(std::string_view name, std::string_view file) {
+    if (name.substr(0, file.size()) != file) return false;
+    name.remove_prefix(file.size());
+    return name.size() == kTemporaryPattern.size() &&
+           std::equal(name.begin(), name.end(), kTemporaryPattern.begin(), [](char c, char form) {
+               return form == 'X' ? std::isalnum(static_cast<unsigned char>(c)) != 0 : c == form;
+           });
+}
+
+int remove_temporaries(const Call &call) {
+    const std::string_view file = std::string_view(call.path).substr(folder_part(call.path).size());
+    DIR *const folder = file.empty() ? nullptr : ::opendir(folder_of(call.path).c_str());
+    if (!folder) return 0;
+    while (const dirent *entry = ::readdir(folder)) {
+        if (is_temporary(entry->d_name, file)) ::unlinkat(::dirfd(folder), entry->d_name, 0);
+    }
+    ::closedir(folder);
+    return 0;
 }
 
 /** Runs the body of an exported function: no exception leaves it. */
@@ -247,13 +269,10 @@ int guarded(const Call &call, Body body) {
 
 using namespace record_codec;
 
-void remove_temporary_files(const char *folder) {
-    DIR *directory = folder ? ::opendir(folder) : nullptr;
-    if (!directory) return;
-    while (const dirent *entry = ::readdir(directory)) {
-        if (is_temporary(entry->d_name)) ::unlinkat(::dirfd(directory), entry->d_name, 0);
-    }
-    ::closedir(directory);
+void remove_temporary_files(const char *path) {
+    if (!path) return;
+    const Call call{"remove_temporary_files", path};
+    (void)guarded(call, [&] { return remove_temporaries(call); });
 }
 
 #define RECORD_CODEC_DEFINE(X, bytes)                                                            \

@@ -306,13 +306,53 @@ unsigned nesting(std::string_view text) {
     return deepest;
 }
 
-/** The parser's message without its own prefix, bounded in length. */
-std::string plain_reason(const char *what) {
+/** Takes what the parser finds and keeps only how many bytes it had read when it failed. */
+class FailurePosition {
+public:
+    bool null() { return true; }
+    bool boolean(bool) { return true; }
+    bool number_integer(Json::number_integer_t) { return true; }
+    bool number_unsigned(Json::number_unsigned_t) { return true; }
+    bool number_float(Json::number_float_t, const std::string &) { return true; }
+    bool string(std::string &) { return true; }
+    bool binary(Json::binary_t &) { return true; }
+    bool start_object(size_t) { return true; }
+    bool key(std::string &) { return true; }
+    bool end_object() { return true; }
+    bool start_array(size_t) { return true; }
+    bool end_array() { return true; }
+    bool parse_error(size_t position, const std::string &, const Json::exception &) {
+        bytes = position;
+        return false;
+    }
+
+    size_t bytes = 0;
+};
+
+/** "line 2, column 5: " of the byte at which parsing the text fails. */
+std::string failure_place(std::string_view text) {
+    FailurePosition position;
+    Json::sax_parse(text.begin(), text.end(), &position);
+    const std::string_view read = text.substr(0, position.bytes);
+    const auto line = 1 + std::count(read.begin(), read.end(), '\n');
+    const size_t column = read.size() - (read.rfind('\n') + 1);
+    return "line " + std::to_string(line) + ", column " + std::to_string(column) + ": ";
+}
+
+/** The parser's message without its own prefix, bounded in length; it starts with the place. */
+std::string plain_reason(std::string_view text, std::string_view what) {
     constexpr size_t kLongest = 200;
-    std::string_view text(what);
-    const size_t at = text.find("at line ");
-    if (at != std::string_view::npos) text.remove_prefix(at + 3);
-    return std::string(text.substr(0, kLongest));
+    constexpr std::string_view kPlace = "at line ";
+    constexpr std::string_view kPrefixEnd = "] ";
+    const size_t at = what.find(kPlace);
+    if (at != std::string_view::npos) {
+        what.remove_prefix(at + kPlace.find("line"));
+        return std::string(what.substr(0, kLongest));
+    }
+    // A number that no float can hold is told without its place.
+    const size_t prefix_end = what.find(kPrefixEnd);
+    if (prefix_end != std::string_view::npos) what.remove_prefix(prefix_end + kPrefixEnd.size());
+    return failure_place(text).append(what).substr(0, kLongest);
 }
 
 }  // namespace
@@ -385,7 +425,7 @@ bool parse_json(const char *text, size_t length, unsigned max_depth, Json *out,
         *out = Json::parse(text, text + length);
         return true;
     } catch (const Json::exception &error) {
-        *reason = plain_reason(error.what());
+        *reason = plain_reason({text, length}, error.what());
         return false;
     }
 }

@@ -403,8 +403,10 @@ void writeRows(const PixelLayout &layout, const PixelRows<const unsigned char> &
 }
 
 void clearRows(const PixelRows<unsigned char> &painted, size_t count, size_t rows) {
+    const size_t ahead = rowsAhead(count);
     unsigned char *row = painted.first;
-    for (; rows > 0; --rows, row += painted.lineLength) {
+    for (size_t left = rows; left > 0; --left, row += painted.lineLength) {
+        if (ahead != 0 && left > ahead) fetchToWrite(row + ahead * painted.lineLength, count);
         if (count <= kNarrowRow) {
             clearNarrow(row, count);
         } else {

@@ -4,32 +4,16 @@
 #include <QEvent>
 #include <atomic>
 #include <climits>
-#include <cstdint>
-#include <cstdlib>
 #include <memory>
+#include <new>
 #include <thread>
 
 #include "app_gui.h"
 #include "store_fixture.h"
+#include "store_memory.h"
 #include "wnd_split.h"
 
 using namespace store_test;
-
-// ---- running out of memory ----------------------------------------------------------------------
-
-// A sanitizer brings an allocator of its own.
-#if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__)
-#define CAN_REFUSE_MEMORY 1
-namespace {
-std::atomic<size_t> refused_size{SIZE_MAX};
-}
-extern "C" void *__libc_malloc(size_t size);
-extern "C" __attribute__((visibility("default"))) void *malloc(size_t size) {
-    return size == refused_size ? nullptr : __libc_malloc(size);
-}
-#else
-#define CAN_REFUSE_MEMORY 0
-#endif
 
 namespace {
 
@@ -216,25 +200,43 @@ TEST_F(Bridge, HoldsAFloodUpUntilTheDisplayHasTakenSomeOfItAndDropsNothing) {
         ASSERT_EQ(all[i], number_event(1008, i));
 }
 
-TEST_F(Bridge, TellsWhichRecordThereIsNoMemoryFor) {
-#if CAN_REFUSE_MEMORY
+// ---- running out of memory ----------------------------------------------------------------------
+
+class BridgeWithoutMemory : public Bridge {
+protected:
+    void SetUp() override {
+        if (!kCanRefuseMemory) GTEST_SKIP() << "this build's allocator cannot be made to fail";
+    }
+};
+
+TEST_F(BridgeWithoutMemory, TellsWhichRecordThereIsNoMemoryFor) {
     const std::string bytes = pattern(2120 * 3);
     for (const Poster &poster : posters()) {
         const int count = poster.counted ? 3 : 1;
         int result = 0;
         const Lines errors = errors_of([&] {
-            refused_size = poster.size * static_cast<size_t>(count);
+            const RefusedMemory refused(poster.size * static_cast<size_t>(count));
             result = poster.post(bytes.data(), count);
-            refused_size = SIZE_MAX;
         });
         EXPECT_EQ(result, -6) << poster.name;
         EXPECT_EQ(errors,
                   (Lines{std::string(poster.name) + ": malloc " + poster.record + " failed!\n"}));
     }
     EXPECT_EQ(take_events(), Events{});
-#else
-    GTEST_SKIP() << "this build's allocator cannot be made to fail";
-#endif
+}
+
+TEST_F(BridgeWithoutMemory, FreesTheCopyOfAnEventThatCannotBeMade) {
+    constexpr int kRounds = 1000;
+    const std::string bytes = pattern(2120);
+    for (const Poster &poster : posters()) {
+        const size_t before = heap_in_use();
+        for (int round = 0; round < kRounds; ++round) {
+            const RefusedMemory refused(sizeof(UserEvent));
+            ASSERT_THROW(poster.post(bytes.data(), 1), std::bad_alloc) << poster.name;
+        }
+        EXPECT_LT(heap_in_use(), before + kRounds * poster.size / 2) << poster.name;
+    }
+    EXPECT_EQ(take_events(), Events{});
 }
 
 TEST(UserEventLayout, HasFourWordsBehindTheEvent) {

@@ -98,6 +98,33 @@ TEST_F(Load, WritesNothingWhenEveryRecordIsValid) {
     EXPECT_EQ(text_of_file(user("WatermarkOSDParameters.json")), text);
 }
 
+TEST_F(Load, RemovesTheLeftoversOfTheFilesThatThisProcessWritesAndNoOthers) {
+    const char *const written[] = {"VideoOutputOSDParameters.json", "WatermarkOSDParameters.json",
+                                   "WatermarkPictureParameters.json",
+                                   "WatermarkDotmatrixParameters.json"};
+    // Another process may be saving these now.
+    const char *const foreign[] = {"VideoOutputInterfaceParameters.json",
+                                   "VideoOutputDisplayParameters.json",
+                                   "VideoOutputAccessParameters.json",
+                                   "VideoOutputScreenSplitParameters.json",
+                                   "AudioOutputParameters.json",
+                                   "StreamingInputParameters.json",
+                                   "NetworkParameters.json"};
+    for (const char *const suffix : {".x4Tq0z.tmp", ".backup.tmp"}) {
+        for (const std::string file : written)
+            write_text(user(file + suffix), "[{");
+        for (const std::string file : foreign)
+            write_text(user(file + suffix), "[{");
+    }
+    load();
+    for (const char *const suffix : {".x4Tq0z.tmp", ".backup.tmp"}) {
+        for (const std::string file : written)
+            EXPECT_FALSE(fs::exists(user(file + suffix))) << file;
+        for (const std::string file : foreign)
+            EXPECT_EQ(text_of_file(user(file + suffix)), "[{") << file;
+    }
+}
+
 TEST_F(Load, BuildsTheSplitCatalogueLast) {
     load();
     EXPECT_EQ(getSplitWndNum(9), 9);

@@ -133,20 +133,55 @@ TEST_F(RecordFileWrite, ByTwoWritersAtOnceIsTheFileOfOneOfThem) {
 }
 
 TEST_F(RecordFileWrite, LeftoversOfKilledWritersAreRemovedAndNothingElse) {
-    const std::vector<std::string> kept = {"X.XXXXXX.tmp",         "entries.json",
-                                           "entries.json.123.tmp", "entries.json.tmp",
-                                           "notes.txt.123456.tmp", "x.json.1234567tmp"};
+    const std::vector<std::string> kept = {
+        ".x4Tq0z.tmp",
+        "X.XXXXXX.tmp",
+        "entries.json",
+        "entries.json.1-3456.tmp",
+        "entries.json.123.tmp",
+        "entries.json.1234567tmp",
+        "entries.json.backup2.tmp",
+        "entries.json.tmp",
+        "entries.jsonx.x4Tq0z.tmp",
+        "other.entries.json.x4Tq0z.tmp",
+        "other.json.x4Tq0z.tmp",
+    };
     for (const std::string &name : kept) {
         folder_.write(name, "kept");
     }
     folder_.write("entries.json.x4Tq0z.tmp", "[{");
-    folder_.write("other.json.ABC123.tmp", "");
+    folder_.write("entries.json.ABC123.tmp", "");
+    remove_temporary_files(path_.c_str());
     remove_temporary_files(folder_.path("").c_str());
     std::vector<std::string> names = folder_.names();
     std::sort(names.begin(), names.end());
     EXPECT_EQ(names, kept);
-    remove_temporary_files("/nonexistent/folder");
+    remove_temporary_files("/nonexistent/folder/entries.json");
+    remove_temporary_files("");
     remove_temporary_files(nullptr);
+}
+
+TEST_F(RecordFileWrite, LeftoversOfAFileWithoutAFolderPartAreThoseInTheCurrentFolder) {
+    folder_.write("entries.json.x4Tq0z.tmp", "[{");
+    folder_.write("other.json.x4Tq0z.tmp", "[{");
+    const auto [code, line] = run_apart([&] {
+        if (chdir(folder_.path("").c_str()) != 0) return 1;
+        remove_temporary_files("entries.json");
+        return 0;
+    });
+    EXPECT_EQ(code, 0);
+    EXPECT_EQ(line, "");
+    EXPECT_EQ(folder_.names(), std::vector<std::string>{"other.json.x4Tq0z.tmp"});
+}
+
+TEST_F(RecordFileWrite, ReplacesASymbolicLinkByAPlainFile) {
+    folder_.write("elsewhere.json", "[]");
+    ASSERT_EQ(symlink("elsewhere.json", path_.c_str()), 0);
+    ASSERT_EQ(save(entries(1, "x")), 0);
+    struct stat status {};
+    ASSERT_EQ(lstat(path_.c_str(), &status), 0);
+    EXPECT_TRUE(S_ISREG(status.st_mode));
+    EXPECT_EQ(folder_.read("elsewhere.json"), "[]");
 }
 
 TEST_F(RecordFileWrite, FailsWithoutAFolderToWriteTo) {
@@ -240,7 +275,7 @@ TEST_F(RecordFileWrite, IsOldOrNewWheneverTheProcessIsKilled) {
         const std::string content = folder_.read("entries.json");
         ASSERT_TRUE(content == small_text || content == large_text) << content.substr(0, 200);
     }
-    remove_temporary_files(folder_.path("").c_str());
+    remove_temporary_files(path_.c_str());
     EXPECT_EQ(folder_.names(), std::vector<std::string>{"entries.json"});
 }
 

@@ -384,6 +384,20 @@ TEST(ParseJson, SaysWhereTheTextBreaksOff) {
     EXPECT_EQ(reason.rfind("line 3", 0), 0u) << reason;
 }
 
+TEST(ParseJson, SaysWhereANumberIsThatNoFloatHolds) {
+    const std::pair<const char *, const char *> cases[] = {
+        {"1e999", "line 1, column 5: number overflow parsing '1e999'"},
+        {R"({"MaxCache":1e999})", "line 1, column 17: number overflow parsing '1e999'"},
+        {"[1,\n  -2e9999\n]", "line 2, column 9: number overflow parsing '-2e9999'"},
+        {"\n[\"1e999\",\n\n1e999\n,\n3]", "line 4, column 5: number overflow parsing '1e999'"},
+    };
+    for (const auto &[text, expected] : cases) {
+        std::string reason;
+        EXPECT_FALSE(parses(text, 16, &reason));
+        EXPECT_EQ(reason, expected) << text;
+    }
+}
+
 TEST(ParseJson, AcceptsAnEmptyRange) {
     Json json;
     std::string reason;
@@ -391,9 +405,15 @@ TEST(ParseJson, AcceptsAnEmptyRange) {
 }
 
 TEST(ParseJson, KeepsALongReasonShort) {
-    std::string reason;
-    EXPECT_FALSE(parses("[\"" + std::string(1 << 20, 'a') + "\n\"]", 16, &reason));
-    EXPECT_LE(reason.size(), 200u);
+    const std::string cases[] = {
+        "[\"" + std::string(1 << 20, 'a') + "\n\"]",
+        "[" + std::string(1 << 20, '1') + "e999]",
+    };
+    for (const std::string &text : cases) {
+        std::string reason;
+        EXPECT_FALSE(parses(text, 16, &reason));
+        EXPECT_LE(reason.size(), 200u);
+    }
 }
 
 TEST(ParseJson, NeverWalksDeepIntoAHostileText) {

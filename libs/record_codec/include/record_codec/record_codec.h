@@ -54,10 +54,11 @@ RECORD_CODEC_RECORDS(RECORD_CODEC_DECLARE)
 #undef RECORD_CODEC_DECLARE
 
 /**
- * Removes what writers that were killed have left in a folder of record files
- * ("<file>.json.??????.tmp"). Requires: nobody writes there now. A folder that is not there is fine.
+ * Removes what writers of the file at `path` that were killed have left beside it
+ * ("<path>.??????.tmp", letters and digits). Other files stay: their writers may be at work.
+ * Requires: nobody writes this file now. A file or a folder that is not there is fine.
  */
-RECORD_CODEC_API void remove_temporary_files(const char *folder);
+RECORD_CODEC_API void remove_temporary_files(const char *path);
 
 }  // extern "C"
 
