@@ -5,6 +5,7 @@
 #include <QPaintEngine>
 #include <QPainter>
 #include <QWidget>
+#include <algorithm>
 
 namespace {
 
@@ -13,9 +14,8 @@ const QRgb *picture_row(const QImage &picture, const QPoint &first, int row) {
     return reinterpret_cast<const QRgb *>(bits) + first.x();
 }
 
-/// A row of an upright strip lies on a cache line that no neighbour asks for: the rows to come are
-/// fetched while the one at hand is filled.
-constexpr int kRowsAhead = 8;
+/// Pixels that are filled together.
+constexpr int kStrip = 4;
 
 /// Pixels that are looked at together; a fixed number, so that they make vector code.
 constexpr int kBlock = 16;
@@ -25,16 +25,22 @@ QRgb met(QRgb a, QRgb b) {
     return (a != 0 ? ~QRgb{0} : 0) & b;
 }
 
-/** Whether there is a pixel that both rows have painted. */
+/** Whether there is a pixel that both rows have painted; `a` has few. */
 bool meet(const QRgb *a, const QRgb *b, int count) {
-    QRgb any = 0;
     for (; count >= kBlock; count -= kBlock, a += kBlock, b += kBlock) {
+        QRgb painted = 0;
         for (int i = 0; i < kBlock; ++i)
-            any |= met(a[i], b[i]);
+            painted |= a[i];
+        if (painted == 0) continue;
+        QRgb both = 0;
+        for (int i = 0; i < kBlock; ++i)
+            both |= met(a[i], b[i]);
+        if (both != 0) return true;
     }
+    QRgb both = 0;
     for (int i = 0; i < count; ++i)
-        any |= met(a[i], b[i]);
-    return any != 0;
+        both |= met(a[i], b[i]);
+    return both != 0;
 }
 
 void unite(QRgb *__restrict a, const QRgb *__restrict b, int count) {
@@ -78,14 +84,15 @@ QRect BackingPixels::add(const QImage &picture, const QPoint &corner, const QRec
 }
 
 void BackingPixels::fill(const QRect &part, QRgb colour) const {
-    const QRgb opaque = colour | 0xFF000000;
+    QRgb strip[kStrip];
+    std::fill_n(strip, kStrip, colour | 0xFF000000);
     auto *row = reinterpret_cast<uchar *>(at(part.topLeft()));
-    const int width = part.width();
     for (int rows = part.height(); rows > 0; --rows, row += mLineLength) {
         auto *pixels = reinterpret_cast<QRgb *>(row);
-        if (rows > kRowsAhead) __builtin_prefetch(row + kRowsAhead * mLineLength, 1);
-        for (int x = 0; x < width; ++x)
-            pixels[x] = opaque;
+        int left = part.width();
+        for (; left >= kStrip; left -= kStrip, pixels += kStrip)
+            std::copy_n(strip, kStrip, pixels);
+        std::copy_n(strip, left, pixels);
     }
 }
 

@@ -23,6 +23,13 @@ struct OutlineEnds {
     QVector<Indent> bottom;
 };
 
+/** The border of a window as rectangles. */
+struct FilledBorder {
+    QRect window;
+    QVector<QRect> parts;
+    QRgb colour;
+};
+
 constexpr int kInsideWidths = 4;
 
 void stroke_outline(QPainter &painter, const QRect &outline, QRgb colour, int width) {
@@ -90,6 +97,40 @@ QRect window_of(const QRect &outline, int width) {
                  outline.height() + width);
 }
 
+/** A stroke as rectangles within `bounds`; without parts where only a stroke will do. */
+FilledBorder filled_border(const BorderStroke &stroke, int width, const QRect &bounds) {
+    if (stroke.shape != BorderStroke::kOutline || width > kWidestFilledBorder) return {};
+    const QRect window = window_of(stroke.outline, width);
+    if (!bounds.contains(window)) return {};
+    return {window, outline_parts(window, width), stroke.colour};
+}
+
+/** All strokes as rectangles; none when there is one that only a stroke will do for. */
+QVector<FilledBorder> filled_borders(const BorderPicture &picture, const QRect &bounds) {
+    QVector<FilledBorder> borders;
+    for (const BorderStroke &stroke : picture.strokes) {
+        borders.append(filled_border(stroke, picture.width, bounds));
+        if (borders.last().parts.isEmpty()) return {};
+    }
+    return borders;
+}
+
+void fill_part(const BackingPixels &pixels, const FilledBorder &border, const QRect &dirty) {
+    if (!meet(border.window, dirty)) return;
+    for (const QRect &part : border.parts) {
+        if (meet(part, dirty)) pixels.fill(part & dirty, border.colour);
+    }
+}
+
+void paint_stroke(QPainter &painter, const BorderStroke &stroke, int width) {
+    if (stroke.shape == BorderStroke::kLine) {
+        painter.setPen(QPen(QColor(stroke.colour), width));
+        painter.drawLines(&stroke.line, 1);
+    } else {
+        stroke_outline(painter, stroke.outline, stroke.colour, width);
+    }
+}
+
 }  // namespace
 
 QVector<QRect> outline_parts(const QRect &window, int width) {
@@ -107,34 +148,20 @@ QVector<QRect> outline_parts(const QRect &window, int width) {
     return parts;
 }
 
-void BorderPainter::paint(const BorderStroke &stroke, int width) {
-    if (!filled(stroke, width)) stroked(stroke, width);
-}
-
-/// A window's border as rectangles, each cut with those that are to be painted: a painter would
-/// make a list of all stretches of a row of all of them first. False where only a stroke will do.
-bool BorderPainter::filled(const BorderStroke &stroke, int width) const {
-    if (!mPixels || stroke.shape != BorderStroke::kOutline || width > kWidestFilledBorder)
-        return false;
-    const QRect window = window_of(stroke.outline, width);
-    if (!mPixels.bounds().contains(window)) return false;
-    const QVector<QRect> parts = outline_parts(window, width);
-    if (parts.isEmpty()) return false;
-    for (const QRect &dirty : mDirty) {
-        if (!meet(dirty, window)) continue;
-        for (const QRect &part : parts) {
-            if (meet(part, dirty)) mPixels.fill(part & dirty, stroke.colour);
+/// A painter would first make a list of all stretches of a row of all dirty rectangles.
+void paint_borders(QPainter &painter, const BackingPixels &pixels, const BorderPicture &picture,
+                   const QRegion &dirty) {
+    const QVector<FilledBorder> borders =
+        pixels ? filled_borders(picture, pixels.bounds()) : QVector<FilledBorder>();
+    if (borders.isEmpty()) {
+        for (const BorderStroke &stroke : picture.strokes) {
+            if (stroke_region(stroke, picture.width).intersects(dirty))
+                paint_stroke(painter, stroke, picture.width);
         }
+        return;
     }
-    return true;
-}
-
-void BorderPainter::stroked(const BorderStroke &stroke, int width) {
-    if (!stroke_region(stroke, width).intersects(mDirty)) return;
-    if (stroke.shape == BorderStroke::kLine) {
-        mPainter.setPen(QPen(QColor(stroke.colour), width));
-        mPainter.drawLines(&stroke.line, 1);
-    } else {
-        stroke_outline(mPainter, stroke.outline, stroke.colour, width);
+    for (const QRect &part : dirty) {
+        for (const FilledBorder &border : borders)
+            fill_part(pixels, border, part);
     }
 }

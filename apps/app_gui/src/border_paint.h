@@ -27,25 +27,13 @@ constexpr int kWidestFilledBorder = 64;
  */
 QVector<QRect> outline_parts(const QRect &window, int width);
 
-/** Paints the strokes of a picture, in order, one at a time. */
-class BorderPainter {
-public:
-    /**
-     * @param painter  of the window's paint event; not its owner.
-     * @param dirty    what the paint event paints; the painter's clip.
-     */
-    BorderPainter(QPainter &painter, const BackingPixels &pixels, const QRegion &dirty)
-        : mPainter(painter), mPixels(pixels), mDirty(dirty) {}
-
-    void paint(const BorderStroke &stroke, int width);
-
-private:
-    bool filled(const BorderStroke &stroke, int width) const;
-    void stroked(const BorderStroke &stroke, int width);
-
-    QPainter &mPainter;
-    const BackingPixels &mPixels;
-    const QRegion &mDirty;
-};
+/**
+ * Paints the strokes of a picture, in order.
+ * @param painter  of the window's paint event.
+ * @param pixels   what the painter paints on.
+ * @param dirty    what the paint event paints; the painter's clip.
+ */
+void paint_borders(QPainter &painter, const BackingPixels &pixels, const BorderPicture &picture,
+                   const QRegion &dirty);
 
 #endif

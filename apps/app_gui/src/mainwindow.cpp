@@ -164,11 +164,9 @@ void MainWindow::paintEvent(QPaintEvent *event) {
     if (isUserSplit()) {
         MAINWINDOW_DEBUG("line%d \n", static_cast<int>(picture.strokes.size()));
     }
-    const BackingPixels pixels(painter, *this);
-    BorderPainter border(painter, pixels, event->region());
+    paint_borders(painter, BackingPixels(painter, *this), picture, event->region());
     for (int i = 0; i < picture.strokes.size(); ++i) {
         const BorderStroke &stroke = picture.strokes[i];
-        border.paint(stroke, picture.width);
         if (stroke.shape == BorderStroke::kOutline) {
             MAINWINDOW_DEBUG("rect%d x=%d,y=%d, w=%d, h=%d lw=%d\n", i, stroke.outline.x(),
                              stroke.outline.y(), stroke.outline.width(), stroke.outline.height(),

@@ -76,14 +76,6 @@ Vector plainPixels(Vector pixels) {
     return _mm_or_si128(opaque, _mm_cmpeq_epi32(pixels, _mm_setzero_si128()));
 }
 
-/// Whether the pixels of a cache line are all plain.
-bool isPlainLine(const uint32_t *painted) {
-    Vector plain = plainPixels(load(painted));
-    for (size_t at = kVectorPixels; at < kLinePixels; at += kVectorPixels)
-        plain = _mm_and_si128(plain, plainPixels(load(painted + at)));
-    return holdsEverywhere(plain);
-}
-
 /// The straight colours of one channel: what qUnpremultiply() computes. All products are below
 /// 2^24, and so exact.
 Vector straightChannel(Vector channel, __m128 factors) {
@@ -121,18 +113,48 @@ Bright bright(Vector pixels) {
             _mm_or_si128(none, full)};
 }
 
-/// Writes the pixels of a cache line if they are all bright.
-bool writeBrightLine(const uint32_t *painted, unsigned char *device, bool pastCache) {
-    constexpr size_t kVectors = kLinePixels / kVectorPixels;
-    Bright line[kVectors];
-    for (size_t i = 0; i < kVectors; ++i)
-        line[i] = bright(load(painted + i * kVectorPixels));
-    Vector holds = line[0].holds;
-    for (size_t i = 1; i < kVectors; ++i)
-        holds = _mm_and_si128(holds, line[i].holds);
+constexpr size_t kLineVectors = kLinePixels / kVectorPixels;
+
+/** The pixels of a cache line. */
+struct Line {
+    explicit Line(const uint32_t *painted) {
+        for (size_t i = 0; i < kLineVectors; ++i)
+            vectors[i] = load(painted + i * kVectorPixels);
+    }
+
+    bool isClear() const {
+        Vector any = vectors[0];
+        for (size_t i = 1; i < kLineVectors; ++i)
+            any = _mm_or_si128(any, vectors[i]);
+        return holdsEverywhere(_mm_cmpeq_epi32(any, _mm_setzero_si128()));
+    }
+
+    bool isOpaque() const {
+        Vector all = vectors[0];
+        for (size_t i = 1; i < kLineVectors; ++i)
+            all = _mm_and_si128(all, vectors[i]);
+        return holdsEverywhere(_mm_cmpeq_epi32(_mm_srli_epi32(all, 24), _mm_set1_epi32(0xFF)));
+    }
+
+    void write(unsigned char *device, bool pastCache) const {
+        for (size_t i = 0; i < kLineVectors; ++i)
+            store(device + i * sizeof(Vector), vectors[i], pastCache);
+    }
+
+    Vector vectors[kLineVectors];
+};
+
+/// Makes the colours of a line straight if its pixels are all bright.
+bool straightenBright(Line *line) {
+    Line straight = *line;
+    Vector holds = _mm_set1_epi32(-1);
+    for (Vector &pixels : straight.vectors) {
+        const Bright simple = bright(pixels);
+        pixels = simple.pixels;
+        holds = _mm_and_si128(holds, simple.holds);
+    }
     if (!holdsEverywhere(holds)) return false;
-    for (size_t i = 0; i < kVectors; ++i)
-        store(device + i * sizeof(Vector), line[i].pixels, pastCache);
+    *line = straight;
     return true;
 }
 
@@ -236,7 +258,7 @@ void writeNarrow(const uint32_t *painted, unsigned char *device, size_t count) {
     }
 }
 
-/// Channels in the painted order: most lines are plain.
+/// Channels in the painted order: most lines are all clear, all opaque or a bright text's.
 void writeInPaintedOrder(const uint32_t *painted, unsigned char *device, size_t count) {
     const bool pastCache = count >= kWideRow;
     const size_t first = pixelsToAlignment(device, count);
@@ -244,10 +266,10 @@ void writeInPaintedOrder(const uint32_t *painted, unsigned char *device, size_t 
         writeStraight(painted + at, device + at * kPixelBytes, std::min(kBlock, first - at));
     size_t at = first;
     for (; count - at >= kLinePixels; at += kLinePixels) {
-        if (isPlainLine(painted + at)) {
-            for (size_t i = at; i < at + kLinePixels; i += kVectorPixels)
-                store(device + i * kPixelBytes, load(painted + i), pastCache);
-        } else if (!writeBrightLine(painted + at, device + at * kPixelBytes, pastCache)) {
+        Line line(painted + at);
+        if (line.isClear() || line.isOpaque() || straightenBright(&line)) {
+            line.write(device + at * kPixelBytes, pastCache);
+        } else {
             writeVectors(painted + at, device + at * kPixelBytes, kLinePixels, pastCache);
         }
     }
@@ -322,39 +344,16 @@ RowWriter writerOf(const PixelLayout &layout) {
     };
 }
 
-/// Rows of a border's upright strip and of a text lie on a page of memory each, and each costs more
-/// to be found than to be copied: the rows to come are asked for while the one at hand is.
+/// Rows of at most so many pixels are those of a border's upright strip.
 constexpr size_t kNarrowRow = 16;
-constexpr size_t kShortRow = 512;
-constexpr size_t kLine = 64;
-
-size_t rowsAhead(size_t count) {
-    if (count >= kShortRow) return 0;
-    return count <= kNarrowRow ? 16 : 2;
-}
-
-void fetchToWrite(const unsigned char *row, size_t count) {
-    const size_t bytes = count * kPixelBytes;
-    for (size_t at = 0; at < bytes; at += kLine)
-        __builtin_prefetch(row + at, 1);
-    __builtin_prefetch(row + bytes - 1, 1);
-}
 
 template <typename Writer>
 void writeEach(const PixelRows<const unsigned char> &painted,
                const PixelRows<unsigned char> &device, size_t count, size_t rows, Writer write) {
-    const size_t ahead = rowsAhead(count);
     const unsigned char *from = painted.first;
     unsigned char *to = device.first;
-    for (size_t left = rows; left > 0; --left) {
-        if (ahead != 0 && left > ahead) {
-            fetchToWrite(to + ahead * device.lineLength, count);
-            __builtin_prefetch(from + ahead * painted.lineLength);
-        }
+    for (; rows > 0; --rows, from += painted.lineLength, to += device.lineLength)
         write(reinterpret_cast<const uint32_t *>(from), to, count);
-        from += painted.lineLength;
-        to += device.lineLength;
-    }
 }
 
 /// A few pixels, without a call for them.
@@ -403,10 +402,8 @@ void writeRows(const PixelLayout &layout, const PixelRows<const unsigned char> &
 }
 
 void clearRows(const PixelRows<unsigned char> &painted, size_t count, size_t rows) {
-    const size_t ahead = rowsAhead(count);
     unsigned char *row = painted.first;
-    for (size_t left = rows; left > 0; --left, row += painted.lineLength) {
-        if (ahead != 0 && left > ahead) fetchToWrite(row + ahead * painted.lineLength, count);
+    for (; rows > 0; --rows, row += painted.lineLength) {
         if (count <= kNarrowRow) {
             clearNarrow(row, count);
         } else {
