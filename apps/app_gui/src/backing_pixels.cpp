@@ -67,7 +67,8 @@ BackingPixels::BackingPixels(const QPainter &painter, const QWidget &widget) {
         image->format() != QImage::Format_ARGB32_Premultiplied) {
         return;
     }
-    mBits = image->bits();
+    // Not bits(), which would part the image from one that somebody else holds.
+    mBits = const_cast<uchar *>(image->constBits());
     mLineLength = image->bytesPerLine();
     mBounds = image->rect().translated(-QPointF(transform.dx(), transform.dy()).toPoint());
 }

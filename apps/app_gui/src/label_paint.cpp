@@ -41,6 +41,8 @@ bool operator==(const Glyph &a, const Glyph &b) {
            a.position.y() == b.position.y();
 }
 
+constexpr qreal kNoLimit = 1 << 24;
+
 /** A text whose characters are placed, from its top left corner on. */
 struct PlacedText {
     PlacedText(const QString &text, const QFont &font) : layout(text, font) {}
@@ -66,9 +68,9 @@ std::vector<Glyph> glyphs_of(const QTextLayout &layout) {
     return glyphs;
 }
 
-/** As QPainter::drawText() places the lines of a text: each begins on a whole pixel. */
-std::unique_ptr<PlacedText> placed(QString text, const QFont &font) {
-    constexpr qreal kNoLimit = 1 << 24;
+/** As QPainter::drawText() places the lines of a text: each begins on a whole pixel, and none below
+ * one that reaches `room`. */
+std::unique_ptr<PlacedText> placed(QString text, const QFont &font, qreal room) {
     text.replace(QLatin1Char('\n'), QChar::LineSeparator);
     auto result = std::make_unique<PlacedText>(text, font);
     QTextOption option(Qt::AlignLeft);
@@ -84,8 +86,10 @@ std::unique_ptr<PlacedText> placed(QString text, const QFont &font) {
         line.setLineWidth(kNoLimit);
         height = std::ceil(height + leading);
         line.setPosition(QPointF(0, height));
-        height += line.height();
-        width = std::max(width, line.horizontalAdvance());
+        // Not height(), which is rounded up: the middle of a text depends on it.
+        height += line.ascent() + line.descent();
+        width = std::max(width, line.naturalTextWidth());
+        if (height >= room) break;
     }
     result->layout.endLayout();
     result->size = QSizeF(width, height);
@@ -104,7 +108,7 @@ public:
         const auto known = mTexts.find(key);
         if (known != mTexts.end()) return *known->second;
         if (mTexts.size() >= kMost) mTexts.clear();
-        return *mTexts.emplace(key, placed(text, font)).first->second;
+        return *mTexts.emplace(key, placed(text, font, kNoLimit)).first->second;
     }
     void clear() { mTexts.clear(); }
 
@@ -142,7 +146,7 @@ void drawPlaced(QPainter &painter, const QRect &rect, const PlacedText &text) {
 }
 
 /// From so many lines on a turned text is drawn line by line.
-constexpr int kManyLines = 4;
+constexpr int kManyLines = 32;
 
 /** What the characters of a line cover, from the text's top left corner on. */
 QRectF inkOf(const QTextLine &line) {
@@ -160,20 +164,19 @@ QRectF inkOf(const QTextLine &line) {
 /** QPainter::drawText() in the middle of `rect`; only the lines that are to be seen. */
 void drawLineByLine(QPainter &painter, const QRect &rect, const PlacedText &text,
                     const QRect &visible) {
-    const QSizeF over = text.size - QSizeF(rect.size());
-    const bool fits = over.width() <= 0 && over.height() <= 0;
-    if (!fits) {
+    const bool isCut = text.size.width() > rect.width() || text.size.height() > rect.height();
+    if (isCut) {
         painter.save();
         painter.setClipRect(rect, Qt::IntersectClip);
     }
+    const qreal top = rect.y() + (rect.height() - text.size.height()) / 2;
     const QRectF seen = painter.worldTransform().inverted().mapRect(QRectF(visible));
     for (int i = 0; i < text.layout.lineCount(); ++i) {
         const QTextLine line = text.layout.lineAt(i);
-        const QPointF corner(rect.x() + (rect.width() - line.horizontalAdvance()) / 2,
-                             rect.y() - over.height() / 2);
+        const QPointF corner(rect.x() + (rect.width() - line.horizontalAdvance()) / 2, top);
         if (inkOf(line).translated(corner).intersects(seen)) line.draw(&painter, corner);
     }
-    if (!fits) painter.restore();
+    if (isCut) painter.restore();
 }
 
 bool isTurned(const QPainter &painter) {
@@ -209,8 +212,9 @@ private:
     bool mSwitched;
 };
 
-/** The characters that QPainter::drawText() shows: it knows no tabs, and of several versions of a
- * text, as many as there are U+009C between them, it shows the last when none has room. */
+/** The characters that QPainter::drawText() shows, which knows no tabs. Of several versions of a
+ * text, with U+009C between them, it takes one that has room: so long a text has none, and it is
+ * the last. */
 QString drawnCharacters(const QString &text) {
     QString drawn = text.section(QChar(0x9C), -1);
     drawn.replace(QLatin1Char('\r'), QLatin1Char(' '));
@@ -225,7 +229,8 @@ void drawAligned(QPainter &painter, const QRect &rect, int alignment, const QStr
         drawPlaced(painter, rect, placed_texts().of(text, painter.font()));
     } else if (alignment == static_cast<int>(Qt::AlignCenter) && fromLeft && isTurned(painter) &&
                text.count(QLatin1Char('\n')) >= kManyLines) {
-        drawLineByLine(painter, rect, *placed(drawnCharacters(text), painter.font()), visible);
+        const auto lines = placed(drawnCharacters(text), painter.font(), rect.height());
+        drawLineByLine(painter, rect, *lines, visible);
     } else {
         painter.drawText(rect, alignment, text);
     }

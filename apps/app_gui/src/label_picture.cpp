@@ -14,20 +14,21 @@ namespace {
 /// From so many paintings on a picture pays for itself.
 constexpr int kPaintingsBefore = 3;
 
-/// Bytes: a full HD screen of large texts, each with a picture of its own. Beyond it those are
+/// Bytes: some thirty texts of usual size, each with a picture of its own. Beyond it those are
 /// forgotten that were not painted for longest.
-constexpr qsizetype kBudget = 4 * 1024 * 1024;
+constexpr qsizetype kBudget = 1024 * 1024;
 
-/// About what a text without a picture takes.
-constexpr qsizetype kEntry = 512;
+/// What an entry counts besides its pixels: so that a few hundred texts are remembered at most, and
+/// a clock, which never shows one again, does not fill the memory with them.
+constexpr qsizetype kEntry = kBudget / 256;
 
 /** All that the pixels of a label depend on. */
 struct Appearance {
     QString text;
     QFont font;
     QSize size;
-    QRgb fore;
-    QRgb back;
+    quint64 fore;  ///< with 16 bits a channel, as names of colours have them
+    quint64 back;
     bool outlined;
     Qt::LayoutDirection direction;
 };
@@ -112,8 +113,8 @@ Picture known_picture(const QPainter &painter, const QSize &size, const QString 
     const Appearance label{text,
                            painter.font(),
                            size,
-                           colors.fore.rgba(),
-                           colors.back.rgba(),
+                           colors.fore.rgba64(),
+                           colors.back.rgba64(),
                            colors.outlined,
                            painter.layoutDirection()};
     Known *known = label_pictures().object(label);

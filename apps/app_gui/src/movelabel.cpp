@@ -27,9 +27,15 @@ MoveLabel::MoveLabel(QWidget *parent, bool movable, const MoveLabelKind &kind)
       mActualScreen(parentScreen(parent)),
       mVirtualScreen(kind.startsWithVirtualSpace ? kVirtualSpace : mActualScreen) {
     setTextFormat(Qt::PlainText);
-    // The style sheet gives the label no background; without this the toolkit paints it all the
-    // same, which takes as long as the label itself.
-    setAttribute(Qt::WA_NoSystemBackground);
+}
+
+bool MoveLabel::event(QEvent *event) {
+    const bool handled = QLabel::event(event);
+    // Its style sheet gives the label no background, and the toolkit would paint that in as much
+    // time as the label takes itself.
+    if (event->type() == QEvent::Polish || event->type() == QEvent::StyleChange)
+        setAttribute(Qt::WA_StyledBackground, false);
+    return handled;
 }
 
 bool MoveLabel::setVirtualScreen(const QRect &screen) {

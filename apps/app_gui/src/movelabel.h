@@ -66,6 +66,8 @@ public:
     void mouseReleaseEvent(QMouseEvent *event) override;
 
 protected:
+    bool event(QEvent *event) override;
+
     /** The actual screen starts as the parent's, or as 1920 x 1080 without a parent. */
     MoveLabel(QWidget *parent, bool movable, const MoveLabelKind &kind);
 

@@ -263,6 +263,7 @@ void MoveWatermarkLabel::renderTurned() {
     image.fill(Qt::transparent);
     {
         QPainter painter(&image);
+        painter.setLayoutDirection(layoutDirection());
         paintText(painter, rect());
     }
     const QFont font = paintFont(mRecord.bold != 0, pointSize());

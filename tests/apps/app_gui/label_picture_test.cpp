@@ -111,15 +111,23 @@ protected:
             part);
     }
 
-    /// Without pictures.
+    /// By the painter alone.
     QImage drawn(const Label &label, int ground, const QRegion &part) {
         return mCanvas.painted(
             [&](QPainter &painter, const QRegion &) {
                 paintGround(painter, ground);
                 prepare(painter, label);
-                if (!label.colors.outlined) painter.fillRect(label.rect, label.colors.back);
-                draw_text(painter, label.rect, Qt::AlignLeft | Qt::AlignTop, label.text,
-                          label.colors, label.rect);
+                const TextColors &colors = label.colors;
+                const int alignment = Qt::AlignLeft | Qt::AlignTop;
+                if (!colors.outlined) painter.fillRect(label.rect, colors.back);
+                if (colors.outlined && colors.back.alpha() != 0) {
+                    painter.setPen(QPen(colors.back, 1));
+                    for (const QPoint by :
+                         {QPoint(-1, -1), QPoint(1, -1), QPoint(1, 1), QPoint(-1, 1)})
+                        painter.drawText(label.rect.translated(by), alignment, label.text);
+                }
+                painter.setPen(QPen(colors.fore, 1));
+                painter.drawText(label.rect, alignment, label.text);
             },
             part);
     }
@@ -164,6 +172,33 @@ TEST_F(LabelPictures, ArePaintedOnlyWhereThatIsAskedFor) {
         mCanvas.image()->fill(0x80402010);
         ASSERT_TRUE(painted(label, ground, part) == expected) << "case " << i;
     }
+}
+
+TEST_F(LabelPictures, AreOfAllThatTheirLookDependsOn) {
+    // A name of a colour has up to 16 bits a channel, and alpha makes a step of them a step of one.
+    Label label;
+    label.rect = QRect(0, 0, 90, 30);
+    label.text = QStringLiteral("look");
+    label.font.setPointSize(20);
+    label.colors = {record_color("#109110911091", 255), record_color("#038303830383", 39), false};
+    const auto expectOwn = [&](const char *what) {
+        const QImage expected = drawn(label, 0, mCanvas.rect());
+        for (int painting = 0; painting < 4; ++painting)
+            EXPECT_TRUE(painted(label, 0, mCanvas.rect()) == expected) << what;
+    };
+    expectOwn("first");
+    label.colors.back = record_color("#028302830283", 39);
+    expectOwn("back");
+    label.colors.fore = record_color("#F11011101110", 255);
+    expectOwn("fore");
+    label.colors.outlined = true;
+    expectOwn("outline");
+    label.font.setItalic(true);
+    expectOwn("font");
+    label.rect.setWidth(40);
+    expectOwn("room");
+    label.text = QStringLiteral("kool");
+    expectOwn("text");
 }
 
 TEST_F(LabelPictures, OfTextsBeyondAllBoundsAreNotKept) {
