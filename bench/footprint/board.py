@@ -10,6 +10,7 @@ prints: MODE.PROGRAM.memory a line, MODE.PROGRAM.starts a line for each start, i
 
 import pathlib
 import shutil
+import subprocess
 import sys
 
 HERE = pathlib.Path(__file__).resolve().parent
@@ -23,7 +24,8 @@ from initramfs import initramfs
 from kernel import kernel_for
 
 MODES = ((1920, 1080), (3840, 2160))
-MEASURED = ("app_gui", "minimal_widget")
+BENCH_PROGRAMS = ("minimal_widget",)
+MEASURED = ("app_gui", *BENCH_PROGRAMS)
 
 # /dev/fb0 comes first, small and of no interest, so that the plane becomes /dev/fb1: fdtoverlay puts
 # every node before those it has put already.
@@ -48,14 +50,14 @@ _PLANES = """/dts-v1/;
 
 
 def stage(build, product):
-    """Puts together what the board has in /opt/app_gui."""
-    for folder in ("bin", "lib", "fonts"):
-        (product / folder).mkdir(parents=True)
-    for program in (*MEASURED, "start_probe"):
+    """Puts together what the board has in /opt/app_gui: installed, for a build's own programs look
+    for each library in the build's folders first."""
+    subprocess.run(["cmake", "--install", build, "--component", "runtime", "--prefix", product],
+                   check=True, stdout=subprocess.DEVNULL)
+    for program in (*BENCH_PROGRAMS, "start_probe"):
         shutil.copy2(build / "bin" / program, product / "bin")
-    for library in (build / "lib").glob("lib*.so*"):
-        shutil.copy2(library, product / "lib", follow_symlinks=False)
-    shutil.copytree(PROJECT / "config", product / "share/app_gui/config")
+    (product / "fonts").mkdir()
+    shutil.copytree(PROJECT / "config", product / "share/app_gui/config", dirs_exist_ok=True)
     for font in FONTS:
         shutil.copy2(font, product / "fonts")
 
@@ -70,9 +72,10 @@ def overlay_of(width, height, folder):
 
 
 def probe(guest, task, program):
-    """The line of figures; what the program itself writes comes before it."""
+    """The line of figures; what the program itself writes comes before it. What is installed finds
+    its libraries by itself."""
     written = guest.run("start_probe", task, f"/tmp/picture.{program}",
-                        f"/opt/app_gui/bin/{program}")[1]
+                        f"/opt/app_gui/bin/{program}", LD_LIBRARY_PATH="")[1]
     return written.splitlines()[-1] + "\n"
 
 

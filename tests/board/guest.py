@@ -81,9 +81,9 @@ class Guest:
             raise CheckError(f"on the board: {line}\nstatus {status}: {text}")
         return status, text
 
-    def run(self, program, *arguments, check=True):
+    def run(self, program, *arguments, check=True, **environment):
         """Runs one of the product's programs on the board to its end."""
-        return self.shell(f"{self._inside(program)} {shlex.join(arguments)}", check)
+        return self.shell(f"{self._inside(program, **environment)} {shlex.join(arguments)}", check)
 
     def control(self, *arguments, check=True):
         """One app_guictl command, with time for a loaded machine to answer."""
