@@ -386,4 +386,17 @@ TEST_F(OsdLabel, MarkupIsShownAsItsCharacters) {
     EXPECT_GT(mLabel.width(), 18 * 8) << "as wide as its characters";
 }
 
+// The style sheet has none, and painting it would take as long as the text.
+TEST_F(OsdLabel, HasNoBackgroundOfItsStyleSheetPainted) {
+    VideoOutputOSDParameter record = textRecord("text");
+    for (const int points : {20, 30}) {
+        record.font = 7;
+        record.size = points;
+        mLabel.setOSD(&record, "");
+        mLabel.checkIsVisible(true);
+        EXPECT_FALSE(mLabel.testAttribute(Qt::WA_StyledBackground)) << points;
+        EXPECT_NE(mLabel.styleSheet(), "") << points;
+    }
+}
+
 }  // namespace
