@@ -37,16 +37,16 @@ constexpr long kMostKiB = 64 << 10;
 /** What a peer may send behind a proper greeting that no peer should. */
 std::vector<std::string> badFrames() {
     return {
-        frame(0, 2),
-        frame(5, 0) + "hello",
-        frame(5, '\xff') + "hello",
-        framed("") + frame(1, 2) + "x",
-        framed("hello").substr(0, 3) + framed("hello"),
-        frame(UINT64_MAX) + "x",
-        frame(uint64_t{1} << 63) + "x",
-        frame((8u << 20) + 1) + "x",
-        frame(8u << 20) + "x",
-        frame(8u << 20).substr(0, 8),
+        header(0, 2),
+        header(5, 0) + "hello",
+        header(5, '\xff') + "hello",
+        frame("") + header(1, 2) + "x",
+        frame("hello").substr(0, 3) + frame("hello"),
+        header(UINT64_MAX) + "x",
+        header(uint64_t{1} << 63) + "x",
+        header((8u << 20) + 1) + "x",
+        header(8u << 20) + "x",
+        header(8u << 20).substr(0, 8),
     };
 }
 
@@ -79,11 +79,11 @@ TEST_F(BadConnections, ByTheThousandLeaveOthersServedAndNothingOpen) {
         "GET / HTTP/1.1\r\n\r\n",
         greeting(0x30),
         greeting(0x10),
-        greeting(0x30) + framed(""),
-        greeting(0x30) + framed("abc"),
-        greeting(0x30) + framed(std::string(400, '\0')),
-        greeting(0x30) + framed(request + "{"),
-        greeting(0x30) + framed(request + R"({"jsonrpc":"2.0","id":1,"method":"Keepalive"})"),
+        greeting(0x30) + frame(""),
+        greeting(0x30) + frame("abc"),
+        greeting(0x30) + frame(std::string(400, '\0')),
+        greeting(0x30) + frame(request + "{"),
+        greeting(0x30) + frame(request + R"({"jsonrpc":"2.0","id":1,"method":"Keepalive"})"),
     };
     for (const std::string &bad : badFrames()) {
         openings.push_back(greeting(0x30) + bad);
@@ -109,7 +109,7 @@ TEST_F(BadConnections, ByTheThousandLeaveOthersServedAndNothingOpen) {
 }
 
 TEST_F(BadConnections, HalfOpenOnesAreKeptBesideTheOthers) {
-    const std::string unfinished[] = {"", greeting(0x30), greeting(0x30) + frame(8u << 20) + "x"};
+    const std::string unfinished[] = {"", greeting(0x30), greeting(0x30) + header(8u << 20) + "x"};
     std::vector<Stream> kept;
     for (int i = 0; i < 300; ++i) {
         kept.push_back(Stream::connectedTo(commandSocket()));
@@ -124,7 +124,7 @@ TEST_F(BadConnections, ThatBringDescriptorsLeaveNoneOfThemOpen) {
     const int before = descriptorsOf(*device);
     std::vector<Stream> kept;
     for (const std::string &bytes :
-         {greeting(0x30), greeting(0x30) + framed("hello"), greeting(0x30) + frame(7),
+         {greeting(0x30), greeting(0x30) + frame("hello"), greeting(0x30) + header(7),
           std::string("\0S", 2), std::string("GET / HTTP/1.1")}) {
         for (int i = 0; i < 10; ++i) {
             kept.push_back(Stream::connectedTo(commandSocket()));
@@ -165,7 +165,7 @@ TEST_F(BadConnections, ThatAnnounceGigabytesCostAFewMegabytes) {
     ASSERT_TRUE(answered());
     const long peak = statusKiB(*device, "VmPeak"), resident = statusKiB(*device, "VmRSS");
     const std::string all_but_the_end =
-        greeting(0x30) + frame(kAnnounced) + std::string(kAnnounced - 1, 'x');
+        greeting(0x30) + header(kAnnounced) + std::string(kAnnounced - 1, 'x');
     std::vector<Stream> kept;
     for (int i = 0; i < kConnections; ++i) {
         kept.push_back(Stream::connectedTo(commandSocket()));
@@ -187,7 +187,7 @@ TEST_F(BadConnections, OfHugeAnswersThatNobodyReadsCostAFewMegabytes) {
         batch += request("GetVideoOutputOSDParameter", {{"Channel", -1}}) + ",";
     }
     batch.back() = ']';
-    const std::string message = framed(std::string("\x80\0\0\1", 4) + batch);
+    const std::string message = frame(std::string("\x80\0\0\1", 4) + batch);
     const auto reply = device->request(batch, Milliseconds(10000));
     ASSERT_TRUE(reply);
     ASSERT_GT(reply->size(), 6u << 20);
@@ -209,7 +209,7 @@ TEST_F(BadConnections, OfAnswersThatNobodyReadsHoldNobodyUp) {
     const Stream deaf = Stream::connectedTo(commandSocket());
     deaf.send(greeting(0x30));
     for (int i = 0; i < 50; ++i) {
-        deaf.send(framed(get));
+        deaf.send(frame(get));
     }
     expectServed(*device);
 }
@@ -272,7 +272,7 @@ TEST(BadPublishers, ThatSpeakThreeTimesAndGoAreHeardWhenTheyStay) {
 
 TEST(BadPublishers, OfAnyBytesAreLeftForTheNextOneThatPublishesProperly) {
     const std::string hello = greeting(0x20);
-    std::vector<std::string> openings = {"", "GET / HTTP/1.1", greeting(0x62), hello + framed("")};
+    std::vector<std::string> openings = {"", "GET / HTTP/1.1", greeting(0x62), hello + frame("")};
     for (const std::string &bad : badFrames()) {
         openings.push_back(hello + bad);
     }
@@ -291,13 +291,13 @@ TEST(BadPublishers, OfAnyBytesAreLeftForTheNextOneThatPublishesProperly) {
             if (HasFatalFailure()) return;
         }
         const Stream proper = peer.listener_->accepted();
-        proper.send(hello + framed(setBorderWidth(7)));
+        proper.send(hello + frame(setBorderWidth(7)));
         EXPECT_TRUE(hears(7)) << name;
         // What comes before the offence of a bad one counts.
-        proper.send(framed(setBorderWidth(6)) + frame(0, 2));
+        proper.send(frame(setBorderWidth(6)) + header(0, 2));
         EXPECT_TRUE(hears(6)) << name;
         const Stream next = peer.listener_->accepted();
-        next.send(hello + framed(setBorderWidth(5)));
+        next.send(hello + frame(setBorderWidth(5)));
         EXPECT_TRUE(hears(5)) << name;
     }
 }
@@ -325,7 +325,7 @@ protected:
 
     void expectAnswer() {
         const Stream proper = listener_->accepted();
-        proper.send(greeting(0x62) + framed(id_ + "garbage") + framed(survey_));
+        proper.send(greeting(0x62) + frame(id_ + "garbage") + frame(survey_));
         EXPECT_EQ(proper.received(8), greeting(0x63));
         EXPECT_THAT(proper.received(13), testing::EndsWith(id_));
     }
@@ -341,12 +341,12 @@ TEST_F(BadSurveyors, AreLeftForTheNextOneThatAsksProperly) {
                                          "GET / HTTP",
                                          greeting(0x30),
                                          hello,
-                                         hello + framed(""),
-                                         hello + framed("ab"),
-                                         hello + framed(std::string(64, '\0')),
-                                         hello + framed(id_ + "{"),
-                                         hello + framed(survey_).substr(0, 20),
-                                         hello + framed(survey_)};
+                                         hello + frame(""),
+                                         hello + frame("ab"),
+                                         hello + frame(std::string(64, '\0')),
+                                         hello + frame(id_ + "{"),
+                                         hello + frame(survey_).substr(0, 20),
+                                         hello + frame(survey_)};
     for (const std::string &bad : badFrames()) {
         openings.push_back(hello + bad);
     }

@@ -13,6 +13,7 @@
 #include <string>
 #include <utility>
 
+#include "../libs/stream_guard/spoken.h"
 #include "device_test.h"
 
 namespace e2e {
@@ -66,20 +67,7 @@ public:
     }
     /** The bytes, and so many descriptors with them. */
     void sendWithDescriptors(const std::string &bytes, size_t count) const {
-        const std::vector<int> descriptors(count, fd_);
-        std::vector<char> control(CMSG_SPACE(count * sizeof(int)));
-        iovec place{const_cast<char *>(bytes.data()), bytes.size()};
-        msghdr message{};
-        message.msg_iov = &place;
-        message.msg_iovlen = 1;
-        message.msg_control = control.data();
-        message.msg_controllen = control.size();
-        cmsghdr *rights = CMSG_FIRSTHDR(&message);
-        rights->cmsg_level = SOL_SOCKET;
-        rights->cmsg_type = SCM_RIGHTS;
-        rights->cmsg_len = CMSG_LEN(count * sizeof(int));
-        std::memcpy(CMSG_DATA(rights), descriptors.data(), count * sizeof(int));
-        (void)::sendmsg(fd_, &message, MSG_NOSIGNAL);
+        (void)spoken::sendWithDescriptors(fd_, bytes, fd_, count);
     }
     /** Exactly `size` bytes; fewer when the other side closes or nothing comes for two seconds. */
     std::string received(size_t size) const {
@@ -95,23 +83,9 @@ private:
     int fd_;
 };
 
-/** First bytes of a connection: who speaks (0x20 publisher, 0x30 requester, 0x62 surveyor). */
-inline std::string greeting(char protocol) {
-    return std::string("\0SP\0\0", 5) + protocol + std::string(2, '\0');
-}
-
-/** What stands in front of a message: its type, 1, and its length. */
-inline std::string frame(uint64_t length, char type = 1) {
-    std::string bytes(1, type);
-    for (int shift = 56; shift >= 0; shift -= 8) {
-        bytes += static_cast<char>(length >> shift & 0xff);
-    }
-    return bytes;
-}
-
-inline std::string framed(const std::string &message) {
-    return frame(message.size()) + message;
-}
+using spoken::frame;
+using spoken::greeting;
+using spoken::header;
 
 inline void expectServed(vdevice::Device &device) {
     ASSERT_EQ(result(device, "Keepalive").value("process", ""), "app_gui");

@@ -64,20 +64,8 @@ public:
     }
     /** Says it with descriptors. */
     void sayWith(const std::string &bytes, size_t count) const {
-        const std::vector<int> given(count, STDIN_FILENO);
-        std::vector<char> control(CMSG_SPACE(count * sizeof(int)));
-        iovec place{const_cast<char *>(bytes.data()), bytes.size()};
-        msghdr message{};
-        message.msg_iov = &place;
-        message.msg_iovlen = 1;
-        message.msg_control = control.data();
-        message.msg_controllen = control.size();
-        cmsghdr *rights = CMSG_FIRSTHDR(&message);
-        rights->cmsg_level = SOL_SOCKET;
-        rights->cmsg_type = SCM_RIGHTS;
-        rights->cmsg_len = CMSG_LEN(count * sizeof(int));
-        std::memcpy(CMSG_DATA(rights), given.data(), count * sizeof(int));
-        EXPECT_EQ(sendmsg(ends_[0], &message, MSG_NOSIGNAL), static_cast<ssize_t>(bytes.size()));
+        EXPECT_EQ(spoken::sendWithDescriptors(ends_[0], bytes, STDIN_FILENO, count),
+                  static_cast<ssize_t>(bytes.size()));
     }
     int reader() const { return ends_[1]; }
 
