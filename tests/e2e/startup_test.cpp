@@ -132,6 +132,18 @@ TEST(StartUp, FallsBackFromADamagedUserFileToTheFactorysAndThenToDefaults) {
     EXPECT_EQ(saved[1]["if_name"], "HDMI2");
 }
 
+TEST(StartUp, PaintsNothingBeforeThereIsSomethingToShow) {
+    vdevice::DeviceOptions options = sampleDevice();
+    options.program = E2E_TOLD_EVENTS;
+    vdevice::Device device;
+    start(device, options);
+    const auto drawn = [](const QImage &layer) { return layer != emptyLayer(); };
+    EXPECT_TRUE(device.waitForPixels(drawn));
+    const std::string told = device.standardOutput();
+    EXPECT_LT(told.find("refreshed\n"), told.find("painted\n")) << told;
+    EXPECT_THAT(told, HasSubstr("painted\n"));
+}
+
 TEST(StartUp, TellsThatTheMessageThreadCame) {
     vdevice::Device device;
     start(device, sampleDevice());

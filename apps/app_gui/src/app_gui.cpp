@@ -335,7 +335,10 @@ int run_app_gui(int argc, char **argv) {
     QApplication::setFont(font);
     QFile style_sheet(QStringLiteral(":/resources/qss/normalStyle.qss"));
     apply_style_sheet(style_sheet);
-    MainWindow::instance()->showFullScreen();
+    MainWindow *window = MainWindow::instance();
+    // Nothing is painted before there is something to show: the device is clear.
+    window->setUpdatesEnabled(false);
+    window->showFullScreen();
     // The window is mapped and laid out before anything is posted to it.
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
     prepare_start_process();
@@ -343,6 +346,7 @@ int run_app_gui(int argc, char **argv) {
     start_message_thread();
     start_process();
     gui_refresh_screen(1);
+    window->setUpdatesEnabled(true);
     return QApplication::exec();
 }
 
