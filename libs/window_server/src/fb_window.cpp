@@ -2,6 +2,8 @@
 
 #include <QtFbSupport/private/qfbscreen_p.h>
 
+#include <utility>
+
 #include "paint_memory.h"
 #include "pixel_rows.h"
 #include "server_state.h"
@@ -20,11 +22,13 @@ void FbBackingStore::resize(const QSize &size, const QRegion &) {
     if (mImage.size() == size) return;
     mImage = {};
     mImage = transparentImage(size, QImage::Format_ARGB32_Premultiplied);
+    m_isNew = true;
 }
 
 void FbBackingStore::beginPaint(const QRegion &region) {
     m_painting.start();
     lock();
+    if (std::exchange(m_isNew, false)) return;
     uchar *pixels = mImage.bits();
     const auto lineLength = static_cast<size_t>(mImage.bytesPerLine());
     for (const QRect &rect : region &mImage.rect()) {

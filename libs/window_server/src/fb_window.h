@@ -27,12 +27,16 @@ public:
 
     /** New memory is transparent. */
     void resize(const QSize &size, const QRegion &staticContents) override;
-    /** Makes `region` transparent, so that translucent contents do not pile up. */
+    /**
+     * Makes `region` transparent, so that translucent contents do not pile up. New memory is so
+     * already, and its pages are not taken from the system before something is painted there.
+     */
     void beginPaint(const QRegion &region) override;
     void endPaint() override;
 
 private:
     QElapsedTimer m_painting;
+    bool m_isNew = false;
 };
 
 }  // namespace qws

@@ -5,12 +5,14 @@
 
 #include <fcntl.h>
 #include <linux/input.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <QApplication>
+#include <QBackingStore>
 #include <QDeadlineTimer>
 #include <QDialog>
 #include <QFontDatabase>
@@ -19,8 +21,11 @@
 #include <QScreen>
 #include <QTemporaryDir>
 #include <QWidget>
+#include <QWindow>
 
+#include <algorithm>
 #include <functional>
+#include <vector>
 
 #include "fake_driver.h"
 #include "window_server/qws_screen.h"
@@ -155,6 +160,32 @@ TEST_F(QwsPlatformTest, TranslucentContentsDoNotPileUp) {
         settle();
     }
     EXPECT_EQ(onDevice(0x400000ffu), driver->pixel(5, 5));
+}
+
+/** How many pages of an image's memory the system has given so far. */
+int pagesOf(const QImage &image) {
+    const auto page = static_cast<uintptr_t>(::sysconf(_SC_PAGESIZE));
+    const uintptr_t first = reinterpret_cast<uintptr_t>(image.constBits()) / page * page;
+    const uintptr_t end = reinterpret_cast<uintptr_t>(image.constBits()) + image.sizeInBytes();
+    std::vector<unsigned char> resident((end - first + page - 1) / page);
+    EXPECT_EQ(0, ::mincore(reinterpret_cast<void *>(first), end - first, resident.data()));
+    return static_cast<int>(std::count(resident.begin(), resident.end(), 1));
+}
+
+TEST_F(QwsPlatformTest, NewMemoryIsNotClearedForItsFirstPainting) {
+    QWindow window;
+    window.create();
+    QBackingStore store(&window);
+    const QRect all(0, 0, 700, 500);
+    store.resize(all.size());
+    const QImage &image = *static_cast<QImage *>(store.paintDevice());
+    store.beginPaint(all);
+    EXPECT_EQ(0, pagesOf(image));
+    store.endPaint();
+    static_cast<QImage *>(store.paintDevice())->fill(Qt::red);
+    store.beginPaint(all);
+    EXPECT_EQ(QColor(Qt::transparent), image.pixelColor(699, 499));
+    store.endPaint();
 }
 
 TEST_F(QwsPlatformTest, OnlyTheChangedRegionIsWritten) {
