@@ -1,10 +1,14 @@
 // The least that a display process made of Qt widgets takes: one translucent full-screen widget
-// that paints a rectangle and a text. On this project's platform plugin, or on the one that
-// QT_QPA_PLATFORM names.
+// that paints a rectangle and a text, and once more after two seconds, so that it has written all of
+// its painting memory, as a display that refreshes has. On this project's platform plugin, or on the
+// one that QT_QPA_PLATFORM names.
 
 #include <QApplication>
 #include <QPainter>
+#include <QTimer>
 #include <QWidget>
+
+#include <chrono>
 
 #include "window_server/qws_platform.h"
 
@@ -35,5 +39,6 @@ int main(int argc, char **argv) {
     QApplication application(argc, argv);
     Plain widget;
     widget.showFullScreen();
+    QTimer::singleShot(std::chrono::seconds(2), &widget, qOverload<>(&QWidget::update));
     return QApplication::exec();
 }

@@ -42,6 +42,9 @@ constexpr auto kStanding = 5s;
 constexpr auto kLongest = 120s;
 constexpr auto kLook = 200us;
 constexpr auto kRareLook = 100ms;
+/// On a single emulated processor frequent looks double what they measure. The pause between two is
+/// this part of the time so far, so that a slow start is not looked at more often than a fast one.
+constexpr int kLooks = 200;
 
 double milliseconds(Clock::duration time) {
     return std::chrono::duration<double, std::milli>(time).count();
@@ -75,14 +78,15 @@ public:
         return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
     }
 
-    /** Looks again and again until `done`. */
+    /** Looks again and again until `done`, at first after each `pause`. */
     void wait(Clock::duration pause, const std::function<bool()> &done) const {
         while (!done()) {
             siginfo_t ended{};
             ::waitid(P_PID, static_cast<id_t>(m_pid), &ended, WEXITED | WNOHANG | WNOWAIT);
             if (ended.si_pid != 0) throw std::runtime_error("the program has ended");
-            if (Clock::now() - m_begin > kLongest) throw std::runtime_error("no picture");
-            std::this_thread::sleep_for(pause);
+            const auto taken = Clock::now() - m_begin;
+            if (taken > kLongest) throw std::runtime_error("no picture");
+            std::this_thread::sleep_for(std::max<Clock::duration>(pause, taken / kLooks));
         }
     }
 
