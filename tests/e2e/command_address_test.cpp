@@ -42,10 +42,8 @@ void expectDisplayingWithoutCommands(vdevice::Device &device) {
 
 TEST(CommandAddress, TakenBySomethingElseIsToldAndLeftAlone) {
     const Occupant occupants[] = {
-        {"a file", [](const std::string &path) { close(creat(path.c_str(), 0644)); }},
         {"a folder", [](const std::string &path) { mkdir(path.c_str(), 0755); }},
         {"a full folder", [](const std::string &path) { fs::create_directories(path + "/full"); }},
-        {"a pipe", [](const std::string &path) { mkfifo(path.c_str(), 0666); }},
         {"a link to nowhere",
          [](const std::string &path) { fs::create_symlink("/nowhere", path); }},
     };
@@ -103,14 +101,27 @@ TEST(CommandAddress, ThatAnotherProcessServesIsToldAndLeftToIt) {
     EXPECT_THAT(device.standardError(), HasSubstr("fail: Address already in use\n"));
 }
 
-TEST(CommandAddress, OfAProcessThatWasKilledIsTakenOver) {
-    vdevice::DeviceOptions options = sampleDevice();
-    options.prepare = [](const vdevice::RootPaths &paths) {
-        Stream::boundTo(paths.tmp() + kCommandFile);  // the file stays behind
+TEST(CommandAddress, ThatNobodyServesIsTakenOver) {
+    const Occupant occupants[] = {
+        {"a stale socket", [](const std::string &path) { Stream::boundTo(path); }},
+        {"a link to a stale socket",
+         [](const std::string &path) {
+             Stream::boundTo(path + ".old");
+             fs::create_symlink(fs::path(path + ".old").filename(), path);
+         }},
+        {"a file", [](const std::string &path) { close(creat(path.c_str(), 0644)); }},
+        {"a pipe", [](const std::string &path) { mkfifo(path.c_str(), 0666); }},
     };
-    vdevice::Device device;
-    start(device, options);
-    expectServed(device);
+    for (const Occupant &occupant : occupants) {
+        SCOPED_TRACE(occupant.name);
+        vdevice::DeviceOptions options = sampleDevice();
+        options.prepare = [&](const vdevice::RootPaths &paths) {
+            occupant.make(paths.tmp() + kCommandFile);
+        };
+        vdevice::Device device;
+        start(device, options);
+        expectServed(device);
+    }
 }
 
 }  // namespace

@@ -52,7 +52,7 @@ std::string path_of(const std::string &address) {
 bool can_make_room(const std::string &path) {
     struct stat status {};
     if (lstat(path.c_str(), &status) != 0) return true;
-    return S_ISSOCK(status.st_mode) && !is_mounted_on(path) &&
+    return !S_ISDIR(status.st_mode) && !is_mounted_on(path) &&
            can_remove_from(path.substr(0, path.rfind('/') + 1), status.st_uid);
 }
 

@@ -14,9 +14,9 @@
 std::string path_of(const std::string &address);
 
 /**
- * Whether a socket may be bound at `path`: nothing stands there, or a socket that can be removed
- * when it is stale. nanomsg replaces whatever nobody listens to, be it a plain file, and ends the
- * process where it cannot remove it.
+ * Whether a socket may be bound at `path`: nothing stands there, or something that can be removed.
+ * nanomsg replaces whatever nobody listens to, be it a plain file, and ends the process where it
+ * cannot remove it.
  */
 bool can_make_room(const std::string &path);
 
