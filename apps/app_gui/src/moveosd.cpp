@@ -141,10 +141,12 @@ bool MoveOSDLabel::checkIsVisible(bool) {
 
 void MoveOSDLabel::actualScreenChanged(const QRect &previous) {
     const int before = point_size(mRecord.font, mRecord.size, screen_height(previous));
-    if (before == pointSize()) return;
-    applyFontStyle();
-    note_drawn_text(text(), paintFont(mRecord.bold != 0, pointSize()));
-    adjustSize();
+    if (before != pointSize()) {
+        applyFontStyle();
+        note_drawn_text(text(), paintFont(mRecord.bold != 0, pointSize()));
+        adjustSize();
+    }
+    // Painting holds the label within its room, which is another one now.
     update();
 }
 

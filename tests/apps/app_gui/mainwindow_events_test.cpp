@@ -206,6 +206,23 @@ TEST_F(MainWindowEvents, ASwitchPlacesTheOsdLabelsOfTheWindows) {
     EXPECT_TRUE(osdLabel(5).isHidden());
 }
 
+TEST_F(MainWindowEvents, ASwitchHoldsALabelThatStaysInPlaceWithinItsNewWindow) {
+    VideoOutputOSDParameter record = osd(0, 1, std::string(200, 'W').c_str());
+    record.font = 7;
+    record.size = 30;  // in windows of any height
+    record.y = 2000;
+    show();
+    sendNumber(SWITCH_SPLIT_EVENT, 1);
+    send(UPDATE_VIDEOOUTPUT_OSD_EVENT, record, 7);
+    settle();
+    for (const int mode : {2, 4, 1}) {
+        sendNumber(SWITCH_SPLIT_EVENT, mode);
+        settle();
+        EXPECT_EQ(osdLabel(7).x(), 0);
+        EXPECT_EQ(osdLabel(7).maximumWidth(), mode == 1 ? 1920 : 960) << mode;
+    }
+}
+
 TEST_F(MainWindowEvents, ASwitchToAnInvalidModeIsRefused) {
     sendNumber(SWITCH_SPLIT_EVENT, 4);
     for (int mode : {30, 34, 35, -1, INT_MAX, INT_MIN}) {
