@@ -144,6 +144,14 @@ TEST(StartUp, PaintsNothingBeforeThereIsSomethingToShow) {
     EXPECT_THAT(told, HasSubstr("painted\n"));
 }
 
+TEST(StartUp, DrawsOnTheFramebufferWhateverPlatformIsNamedForOtherPrograms) {
+    vdevice::DeviceOptions options = sampleDevice();
+    options.environment["QT_QPA_PLATFORM"] = "offscreen";
+    vdevice::Device device;
+    start(device, options);
+    EXPECT_TRUE(device.waitForPixels([](const QImage &layer) { return layer != emptyLayer(); }));
+}
+
 TEST(StartUp, TellsThatTheMessageThreadCame) {
     vdevice::Device device;
     start(device, sampleDevice());

@@ -265,6 +265,8 @@ void set_environment(const QByteArray &display) {
     setenv("QWS_DISPLAY", display.constData(), 1);
     setenv("QT_QWS_FONTDIR", "/tmp/", 1);
     setenv("QT_PLUGIN_PATH", kPluginFolder, 1);
+    // A board may name another platform for its other programs.
+    unsetenv("QT_QPA_PLATFORM");
 }
 
 /** The application's style sheet, where the resource is there: its text up to the first NUL. */
