@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include "device_test.h"
 #include "peers.h"
@@ -41,10 +42,16 @@ void expectDisplayingWithoutCommands(vdevice::Device &device) {
 }
 
 TEST(CommandAddress, TakenBySomethingElseIsToldAndLeftAlone) {
-    const Occupant occupants[] = {
+    std::vector<Occupant> occupants = {
         {"a folder", [](const std::string &path) { mkdir(path.c_str(), 0755); }},
         {"a full folder", [](const std::string &path) { fs::create_directories(path + "/full"); }},
     };
+    // proot binds where the link leads.
+    if (vdevice::find_sandbox() == vdevice::SandboxKind::kBwrap) {
+        occupants.push_back({"a link to nowhere", [](const std::string &path) {
+                                 fs::create_symlink("/nowhere", path);
+                             }});
+    }
     for (const Occupant &occupant : occupants) {
         SCOPED_TRACE(occupant.name);
         vdevice::DeviceOptions options = sampleDevice();

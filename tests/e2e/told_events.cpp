@@ -1,5 +1,5 @@
-// The display process, which tells on standard output when its window is painted and when it has
-// handled the first refresh.
+// The display process, which tells on standard output when its window is about to be painted and to
+// take a request for a refresh.
 
 #include <QCoreApplication>
 #include <QEvent>
